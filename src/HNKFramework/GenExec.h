@@ -1,0 +1,77 @@
+#pragma once
+// The framework's process runner. Every external program the module drives
+// (mount, mount.cifs, umount.cifs, smbclient) runs through it, so tests can
+// point PATH at recording scripts and assert the exact argv.
+//
+// argv[0] is a bare program name looked up on PATH; no shell is involved.
+// Time-outs of synchronous runs are in milliseconds (80000 is 80 s).
+//
+// Output selectors of getOutput(), chosen for what the tools print where:
+//   2  everything the child printed, both streams in order of arrival
+//      (smbclient puts listings and NT_STATUS failures on standard output
+//      and connection errors on standard error: callers need both);
+//   4  standard output only (the mount list of "mount -t cifs");
+//   6  standard error only (the error text of mount.cifs).
+//
+// Flags of the exec calls and start():
+//   2  report standard-output lines through getsWTimeout();
+//   4  standard-error lines are progress: captured but not reported.
+//   0  reports lines of both streams. Flags never change what is captured.
+//   In a smbclient -c script, progress ("putting file ... as ...") goes to
+//   standard error and failures ("... does not exist", "NT_STATUS_...") to
+//   standard output, so start(argv, 6) reports exactly the failures.
+#include <string>
+#include <vector>
+
+class GenExec {
+public:
+    enum Output { OUTPUT_ALL = 2, OUTPUT_STDOUT = 4, OUTPUT_STDERR = 6 };
+    enum Flags { REPORT_STDOUT = 2, QUIET_STDERR = 4 };
+
+    virtual ~GenExec() = default;
+
+    // Runs argv to completion. 0 when it exited with status 0; non-zero when
+    // it could not start, exited non-zero, died by a signal or timed out (the
+    // child is then killed and reaped); the reason is in getErrorMessage().
+    virtual int execWithError(const std::vector<std::string>& argv, int flags, int timeoutMs) = 0;
+    // As execWithError; on failure the error message also carries the
+    // child's standard error text.
+    virtual int execWithOutputError(const std::vector<std::string>& argv, int flags, int timeoutMs) = 0;
+
+    // Text captured by the last run, per selector above.
+    virtual std::string getOutput(int selector) const = 0;
+
+    // Starts argv in the background. 0 on success.
+    virtual int start(const std::vector<std::string>& argv, int flags) = 0;
+    // Waits up to timeoutSeconds for one reported line and returns it without
+    // its line break; returns "" when none came in time. Clears *finished
+    // (and returns "") once the child has ended and its output is drained.
+    virtual std::string getsWTimeout(int timeoutSeconds, int* finished) = 0;
+    // Waits for the started child and reaps it. 0 when it exited with status 0.
+    virtual int wait() = 0;
+};
+
+// The POSIX implementation (fork/exec with pipes read through poll).
+class HWExec : public GenExec {
+public:
+    HWExec();
+    ~HWExec() override; // kills and reaps a child still running
+
+    int execWithError(const std::vector<std::string>& argv, int flags, int timeoutMs) override;
+    int execWithOutputError(const std::vector<std::string>& argv, int flags, int timeoutMs) override;
+    std::string getOutput(int selector) const override;
+    int start(const std::vector<std::string>& argv, int flags) override;
+    std::string getsWTimeout(int timeoutSeconds, int* finished) override;
+    int wait() override;
+
+    // Exit status of the last finished child: 0..255, 128+N after signal N,
+    // -1 when it could not start or was killed on time-out.
+    int exitStatus() const;
+
+    HWExec(const HWExec&) = delete;
+    HWExec& operator=(const HWExec&) = delete;
+
+private:
+    struct Impl;
+    Impl* impl_;
+};
