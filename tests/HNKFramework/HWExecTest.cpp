@@ -393,30 +393,4 @@ TEST(HWExecTest, ChildGetsDefaultSignalsWhateverTheParentSet)
     EXPECT_EQ(termStatus, 128 + SIGTERM);
 }
 
-TEST(HWExecTest, SeparateObjectsRunConcurrentlyOnSeparateThreads)
-{
-    std::vector<std::thread> threads;
-    std::vector<int> failures(4, 0);
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([t, &failures] {
-            for (int i = 0; i < 15; ++i) {
-                HWExec exec;
-                std::string word = "t" + std::to_string(t) + "i" + std::to_string(i);
-                if (i % 2 == 0) {
-                    if (exec.execWithError({"echo", word}, 0, 20000) != 0 || exec.getOutput(4) != word + "\n")
-                        ++failures[t];
-                } else {
-                    if (exec.start({"echo", word}, 6) != 0 || drainLines(exec) != std::vector<std::string>{word} ||
-                        exec.wait() != 0)
-                        ++failures[t];
-                }
-            }
-        });
-    }
-    for (auto& th : threads)
-        th.join();
-    EXPECT_EQ(failures, std::vector<int>(4, 0));
-    EXPECT_TRUE(noChildren());
-}
-
 } // namespace
