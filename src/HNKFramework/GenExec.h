@@ -5,20 +5,38 @@
 //
 // argv[0] is a bare program name looked up on PATH; no shell is involved.
 // Time-outs of synchronous runs are in milliseconds (80000 is 80 s).
+// The child starts with default signal dispositions, an empty signal mask,
+// standard input from /dev/null, no descriptor of ours but its two output
+// pipes, and in a process group of its own, so a time-out kills everything it
+// started.
 //
-// Output selectors of getOutput(), chosen for what the tools print where:
+// What smbclient 4.17 prints where (checked against a real smbd):
+//   standard output: ls listings; "NT_STATUS_NO_SUCH_FILE listing \x";
+//     "/tmp/x does not exist" (put of a missing local file);
+//     "NT_STATUS_OBJECT_NAME_COLLISION making remote directory \d\";
+//     "cd \x\: NT_STATUS_OBJECT_NAME_NOT_FOUND" (also a bad -D folder);
+//     "tree connect failed: NT_STATUS_BAD_NETWORK_NAME" / "..._ACCESS_DENIED";
+//     "session setup failed: NT_STATUS_LOGON_FAILURE";
+//   standard error: "putting file X as \X (... kb/s) ...", "getting file \X
+//     of size N as X (...)" and "do_connect: Connection to H failed (Error
+//     NT_STATUS_CONNECTION_REFUSED)";
+//   exit status: that of the last command of the -c script, so "ls x; ls"
+//     with x missing exits 0, and a failed mkdir or rmdir exits 0 anyway:
+//     callers must look for "NT_STATUS_" in the text, not only at the status.
+//
+// Output selectors of getOutput():
 //   2  everything the child printed, both streams in order of arrival
-//      (smbclient puts listings and NT_STATUS failures on standard output
-//      and connection errors on standard error: callers need both);
+//      (smbclient's listings and failures on standard output, its connection
+//      errors on standard error: callers need both);
 //   4  standard output only (the mount list of "mount -t cifs");
 //   6  standard error only (the error text of mount.cifs).
 //
-// Flags of the exec calls and start():
-//   2  report standard-output lines through getsWTimeout();
-//   4  standard-error lines are progress: captured but not reported.
-//   0  reports lines of both streams. Flags never change what is captured.
-//   In a smbclient -c script, progress ("putting file ... as ...") goes to
-//   standard error and failures ("... does not exist", "NT_STATUS_...") to
+// Flags of the exec calls and start() choose which lines getsWTimeout()
+// reports; they never change what is captured:
+//   0  lines of both streams are reported;
+//   otherwise bit 2 reports standard-output lines and bit 4 marks
+//   standard-error lines as progress, captured but not reported.
+//   smbclient sends transfer progress to standard error and failures to
 //   standard output, so start(argv, 6) reports exactly the failures.
 #include <string>
 #include <vector>
@@ -38,7 +56,7 @@ public:
     // child's standard error text.
     virtual int execWithOutputError(const std::vector<std::string>& argv, int flags, int timeoutMs) = 0;
 
-    // Text captured by the last run, per selector above.
+    // Text captured by the last run, per selector above ("" for others).
     virtual std::string getOutput(int selector) const = 0;
 
     // Starts argv in the background. 0 on success.
@@ -51,7 +69,9 @@ public:
     virtual int wait() = 0;
 };
 
-// The POSIX implementation (fork/exec with pipes read through poll).
+// The POSIX implementation (posix_spawnp with pipes read through poll).
+// One object runs one child at a time; separate objects may be used from
+// separate threads at once (no shared state).
 class HWExec : public GenExec {
 public:
     HWExec();

@@ -1,0 +1,59 @@
+#pragma once
+// Test helpers: a private temporary directory removed with its contents, and
+// a capture of every logger line.
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/filesystem/operations.hpp>
+#include <gtest/gtest.h>
+
+#include "Logger.h"
+
+namespace HNRTest {
+
+class TempDir {
+public:
+    TempDir()
+    {
+        std::string pattern = "/tmp/hnr-fsutil-XXXXXX";
+        if (::mkdtemp(&pattern[0]) == nullptr)
+            ADD_FAILURE() << "mkdtemp failed";
+        else
+            m_path = pattern;
+    }
+    ~TempDir()
+    {
+        if (m_path.empty())
+            return;
+        boost::system::error_code ec;
+        boost::filesystem::remove_all(m_path, ec);
+    }
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::string& path() const { return m_path; }
+    std::string operator/(const std::string& name) const { return m_path + "/" + name; }
+
+private:
+    std::string m_path;
+};
+
+class LogCapture {
+public:
+    LogCapture()
+    {
+        Logger::setSink([this](int level, const std::string& line) { m_lines.emplace_back(level, line); });
+    }
+    ~LogCapture() { Logger::setSink(Logger::Sink()); }
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    const std::vector<std::pair<int, std::string>>& lines() const { return m_lines; }
+
+private:
+    std::vector<std::pair<int, std::string>> m_lines;
+};
+
+} // namespace HNRTest
