@@ -1,0 +1,79 @@
+#include "HNKElementDictionary.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+// Add new IDs anywhere: the table is sorted once on first use.
+const HNKElementDictionary::Entry kEntries[] = {
+    // VM configuration
+    {1114, "device"},                        // item of a VM device list
+    {1647, "offline_management_enabled"},    // flag
+    {1747, "offline_service"},               // item of the offline services set
+    // VM network device
+    {2047, "ip_address"},                    // item of the IP address list
+    {1281, "dns_server"},                    // item of the first string set
+    {1558, "search_domain"},                 // item of the second string set
+    // virtualization information
+    {1223, "vt_product_name"},
+    {1278, "vt_product_version"},
+    // network adapters and service
+    {1007, "virtual_nic_index"},
+    {1192, "network_service_state"},
+    {1421, "real_nic_index"},
+    // clone options
+    {1026, "clone_name"},
+    {1152, "linked_clone"},                  // presence means true
+    {1185, "vm_configuration"},
+    // migrate and backup options
+    {1687, "target_host"},
+    {1962, "target_path"},
+    {1704, "operation_flags"},
+    {2035, "bandwidth_limit"},
+};
+
+struct Table {
+    std::vector<HNKElementDictionary::Entry> byId;
+    Table() : byId(std::begin(kEntries), std::end(kEntries))
+    {
+        std::sort(byId.begin(), byId.end(),
+                  [](const HNKElementDictionary::Entry& a, const HNKElementDictionary::Entry& b) {
+                      return a.id < b.id;
+                  });
+    }
+};
+
+const Table& table()
+{
+    static const Table t;
+    return t;
+}
+
+} // namespace
+
+const char* HNKElementDictionary::findName(int id)
+{
+    const std::vector<Entry>& v = table().byId;
+    auto it = std::lower_bound(v.begin(), v.end(), id,
+                               [](const Entry& e, int key) { return e.id < key; });
+    return (it != v.end() && it->id == id) ? it->name : nullptr;
+}
+
+int HNKElementDictionary::findID(const char* name)
+{
+    if (!name)
+        return 0;
+    for (const Entry& e : table().byId)
+        if (std::strcmp(e.name, name) == 0)
+            return e.id;
+    return 0;
+}
+
+const HNKElementDictionary::Entry* HNKElementDictionary::entries(unsigned& count)
+{
+    const std::vector<Entry>& v = table().byId;
+    count = static_cast<unsigned>(v.size());
+    return v.data();
+}

@@ -1,0 +1,38 @@
+#pragma once
+// The framework's 128-bit globally unique identifier.
+#include <cstdint>
+#include <string>
+
+class HNKGUID {
+public:
+    // The null GUID (all bits zero).
+    HNKGUID() = default;
+    // Built from the high and the low 64 bits, in that order.
+    HNKGUID(int64_t high, int64_t low) : high_(high), low_(low) {}
+
+    int64_t getHigh() const { return high_; }
+    int64_t getLow() const { return low_; }
+
+    bool isNull() const { return high_ == 0 && low_ == 0; }
+
+    // Three-way: the halves compare as unsigned numbers, high first, so the
+    // order is that of the text form.
+    int compare(const HNKGUID& other) const;
+
+    // Canonical text: 8-4-4-4-12 lower-case hex digits, high half first.
+    std::string toString() const;
+    // Accepts the canonical form in either case; false on anything else,
+    // with this GUID left unchanged.
+    bool fromString(const std::string& text);
+
+private:
+    int64_t high_ = 0;
+    int64_t low_ = 0;
+};
+
+inline bool operator==(const HNKGUID& a, const HNKGUID& b) { return a.compare(b) == 0; }
+inline bool operator!=(const HNKGUID& a, const HNKGUID& b) { return a.compare(b) != 0; }
+inline bool operator<(const HNKGUID& a, const HNKGUID& b) { return a.compare(b) < 0; }
+inline bool operator>(const HNKGUID& a, const HNKGUID& b) { return a.compare(b) > 0; }
+inline bool operator<=(const HNKGUID& a, const HNKGUID& b) { return a.compare(b) <= 0; }
+inline bool operator>=(const HNKGUID& a, const HNKGUID& b) { return a.compare(b) >= 0; }

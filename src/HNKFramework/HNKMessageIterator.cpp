@@ -1,0 +1,1044 @@
+#include "HNKMessageIterator.h"
+
+#include "Base64.h"
+#include "HNKDefaultMap.h"
+#include "HNKElementDictionary.h"
+#include "HNKErrorMessage.h"
+
+#include <pugixml.hpp>
+
+#include <charconv>
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <type_traits>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using pugi::xml_attribute;
+using pugi::xml_node;
+using pugi::xml_node_struct;
+using pugi::xml_text;
+
+const char kXsiURI[] = "http://www.w3.org/2001/XMLSchema-instance";
+const char kXmlURI[] = "http://www.w3.org/XML/1998/namespace";
+
+xml_node nodeOf(xml_node_struct* n) { return xml_node(n); }
+
+bool isXmlBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+std::string_view trimBlanks(const char* text)
+{
+    std::string_view v(text);
+    while (!v.empty() && isXmlBlank(v.front()))
+        v.remove_prefix(1);
+    while (!v.empty() && isXmlBlank(v.back()))
+        v.remove_suffix(1);
+    return v;
+}
+
+const char* localName(const char* name)
+{
+    const char* colon = std::strchr(name, ':');
+    return colon ? colon + 1 : name;
+}
+
+bool nameMatches(const char* name, const char* tag) { return std::strcmp(localName(name), tag) == 0; }
+
+// Names the cursor creates: ASCII NCNames (no prefix), so any output is
+// namespace-well-formed.
+bool isNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+
+bool isNameChar(char c) { return isNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.'; }
+
+bool isValidTag(const char* tag)
+{
+    if (!isNameStart(*tag))
+        return false;
+    for (++tag; *tag; ++tag)
+        if (!isNameChar(*tag))
+            return false;
+    return true;
+}
+
+// Offset of the first byte that is not UTF-8 or is a character XML 1.0
+// cannot carry; -1 when the whole text is fine.
+ptrdiff_t findInvalidXmlChar(const char* text, size_t size)
+{
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(text);
+    size_t i = 0;
+    while (i < size) {
+        unsigned char c = s[i];
+        if (c < 0x80) {
+            if (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
+                return static_cast<ptrdiff_t>(i);
+            ++i;
+            continue;
+        }
+        unsigned cp;
+        size_t len;
+        if (c >= 0xC2 && c <= 0xDF) {
+            cp = c & 0x1F;
+            len = 2;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            cp = c & 0x0F;
+            len = 3;
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            cp = c & 0x07;
+            len = 4;
+        } else {
+            return static_cast<ptrdiff_t>(i);
+        }
+        if (i + len > size)
+            return static_cast<ptrdiff_t>(i);
+        for (size_t k = 1; k < len; ++k) {
+            if ((s[i + k] & 0xC0) != 0x80)
+                return static_cast<ptrdiff_t>(i);
+            cp = (cp << 6) | (s[i + k] & 0x3F);
+        }
+        bool overlong = (len == 3 && cp < 0x800) || (len == 4 && cp < 0x10000);
+        bool surrogate = cp >= 0xD800 && cp <= 0xDFFF;
+        if (overlong || surrogate || cp > 0x10FFFF || cp == 0xFFFE || cp == 0xFFFF)
+            return static_cast<ptrdiff_t>(i);
+        i += len;
+    }
+    return -1;
+}
+
+// ---- Namespace bindings seen from an element of a built tree ----
+
+// URI bound to `prefix` (length `len`; 0 = default namespace) at element
+// `el`, nearest declaration first; nullptr when unbound. The default
+// namespace reads "" when undeclared.
+const char* lookupPrefix(xml_node el, const char* prefix, size_t len)
+{
+    if (len == 3 && std::strncmp(prefix, "xml", 3) == 0)
+        return kXmlURI;
+    for (xml_node n = el; n && n.type() == pugi::node_element; n = n.parent()) {
+        for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute()) {
+            const char* name = a.name();
+            if (std::strncmp(name, "xmlns", 5) != 0)
+                continue;
+            if (len == 0 ? name[5] == '\0'
+                         : (name[5] == ':' && std::strncmp(name + 6, prefix, len) == 0 && name[6 + len] == '\0'))
+                return a.value();
+        }
+    }
+    return len == 0 ? "" : nullptr;
+}
+
+// A prefix bound to `uri` in scope at `el` and not shadowed; nullptr if none.
+const char* findPrefixFor(xml_node el, const char* uri)
+{
+    for (xml_node n = el; n && n.type() == pugi::node_element; n = n.parent()) {
+        for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute()) {
+            const char* name = a.name();
+            if (std::strncmp(name, "xmlns:", 6) != 0 || std::strcmp(a.value(), uri) != 0)
+                continue;
+            const char* p = name + 6;
+            const char* seen = lookupPrefix(el, p, std::strlen(p));
+            if (seen && std::strcmp(seen, uri) == 0)
+                return p;
+        }
+    }
+    return nullptr;
+}
+
+// Declares a fresh prefix for `uri` on `el`: `base`, else base1, base2, ...
+// the first not bound in scope, so no existing name changes its meaning.
+std::string declarePrefix(xml_node el, const std::string& base, const char* uri)
+{
+    std::string candidate = base;
+    for (unsigned n = 1; lookupPrefix(el, candidate.data(), candidate.size()); ++n)
+        candidate = base + std::to_string(n);
+    el.append_attribute(("xmlns:" + candidate).c_str()).set_value(uri);
+    return candidate;
+}
+
+// Readable prefix for a namespace URI: its last path segment when that is a
+// plain name ("hnrtypes"), else "ns".
+std::string prefixBaseFor(const char* uri)
+{
+    std::string_view v(uri);
+    while (!v.empty() && v.back() == '/')
+        v.remove_suffix(1);
+    size_t slash = v.find_last_of("/:#");
+    std::string seg(slash == std::string_view::npos ? v : v.substr(slash + 1));
+    if (seg.empty() || seg.size() > 32 || !isValidTag(seg.c_str()) || seg.find('.') != std::string::npos ||
+        (seg.size() >= 3 && (seg[0] == 'x' || seg[0] == 'X') && (seg[1] == 'm' || seg[1] == 'M') &&
+         (seg[2] == 'l' || seg[2] == 'L')))
+        return "ns";
+    return seg;
+}
+
+// The xsi:type attribute of `el` (any prefix bound to the XSI URI).
+xml_attribute findXsiType(xml_node el)
+{
+    for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
+        const char* name = a.name();
+        const char* colon = std::strchr(name, ':');
+        if (!colon || std::strcmp(colon + 1, "type") != 0)
+            continue;
+        const char* uri = lookupPrefix(el, name, static_cast<size_t>(colon - name));
+        if (uri && std::strcmp(uri, kXsiURI) == 0)
+            return a;
+    }
+    return xml_attribute();
+}
+
+// ---- Checks of parsed text, in one iterative walk ----
+
+class NamespaceScope {
+public:
+    // Pushes the declarations of `el`; false (message set) on a bad one.
+    bool enter(xml_node el)
+    {
+        marks_.push_back(bindings_.size());
+        for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
+            const char* name = a.name();
+            if (std::strncmp(name, "xmlns", 5) != 0)
+                continue;
+            if (name[5] == '\0') {
+                bind(std::string_view(), a.value());
+            } else if (name[5] == ':') {
+                std::string_view prefix(name + 6);
+                if (prefix.empty() || prefix.find(':') != std::string_view::npos || prefix == "xmlns" ||
+                    *a.value() == '\0') {
+                    setErrorMessage("fromXML: invalid namespace declaration '%s' at byte offset %td", name,
+                                    el.offset_debug());
+                    return false;
+                }
+                bind(prefix, a.value());
+            }
+        }
+        return true;
+    }
+
+    void leave()
+    {
+        size_t mark = marks_.back();
+        marks_.pop_back();
+        while (bindings_.size() > mark) {
+            const Binding& b = bindings_.back();
+            if (b.previous < 0)
+                top_.erase(b.prefix);
+            else
+                top_[b.prefix] = static_cast<size_t>(b.previous);
+            bindings_.pop_back();
+        }
+    }
+
+    // URI of a prefix ("" = default namespace, "" when undeclared); nullptr
+    // when a non-empty prefix is unbound.
+    const char* resolve(std::string_view prefix) const
+    {
+        if (prefix == "xml")
+            return kXmlURI;
+        auto it = top_.find(prefix);
+        if (it == top_.end())
+            return prefix.empty() ? "" : nullptr;
+        return bindings_[it->second].uri;
+    }
+
+private:
+    struct Binding {
+        std::string_view prefix;
+        const char* uri;
+        long previous;
+    };
+
+    void bind(std::string_view prefix, const char* uri)
+    {
+        auto it = top_.find(prefix);
+        long previous = it == top_.end() ? -1 : static_cast<long>(it->second);
+        bindings_.push_back(Binding{prefix, uri, previous});
+        top_[prefix] = bindings_.size() - 1;
+    }
+
+    std::vector<Binding> bindings_;
+    std::vector<size_t> marks_;
+    std::unordered_map<std::string_view, size_t> top_;
+};
+
+// Splits a QName; false when it is not prefix:local or local.
+bool splitQName(std::string_view qname, std::string_view& prefix, std::string_view& local)
+{
+    size_t colon = qname.find(':');
+    if (colon == std::string_view::npos) {
+        prefix = std::string_view();
+        local = qname;
+        return !local.empty();
+    }
+    prefix = qname.substr(0, colon);
+    local = qname.substr(colon + 1);
+    return !prefix.empty() && !local.empty() && local.find(':') == std::string_view::npos;
+}
+
+bool checkElementNames(xml_node el, const NamespaceScope& scope)
+{
+    std::string_view prefix, local;
+    if (!splitQName(el.name(), prefix, local)) {
+        setErrorMessage("fromXML: invalid element name '%s' at byte offset %td", el.name(), el.offset_debug());
+        return false;
+    }
+    if (!prefix.empty() && !scope.resolve(prefix)) {
+        setErrorMessage("fromXML: undeclared namespace prefix '%.*s' in element name '%s' at byte offset %td",
+                        static_cast<int>(prefix.size()), prefix.data(), el.name(), el.offset_debug());
+        return false;
+    }
+    for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
+        const char* name = a.name();
+        if (std::strncmp(name, "xmlns", 5) == 0 && (name[5] == '\0' || name[5] == ':'))
+            continue;
+        if (!splitQName(name, prefix, local)) {
+            setErrorMessage("fromXML: invalid attribute name '%s' on element '%s' at byte offset %td", name,
+                            el.name(), el.offset_debug());
+            return false;
+        }
+        if (prefix.empty())
+            continue;
+        const char* uri = scope.resolve(prefix);
+        if (!uri) {
+            setErrorMessage("fromXML: undeclared namespace prefix '%.*s' in attribute name '%s' at byte offset %td",
+                            static_cast<int>(prefix.size()), prefix.data(), name, el.offset_debug());
+            return false;
+        }
+        if (local != "type" || std::strcmp(uri, kXsiURI) != 0)
+            continue;
+        std::string_view tprefix, tlocal;
+        if (!splitQName(trimBlanks(a.value()), tprefix, tlocal)) {
+            setErrorMessage("fromXML: invalid xsi:type value \"%s\" at byte offset %td", a.value(),
+                            el.offset_debug());
+            return false;
+        }
+        if (!tprefix.empty() && !scope.resolve(tprefix)) {
+            setErrorMessage("fromXML: undeclared namespace prefix '%.*s' in xsi:type=\"%s\" at byte offset %td",
+                            static_cast<int>(tprefix.size()), tprefix.data(), a.value(), el.offset_debug());
+            return false;
+        }
+    }
+    return true;
+}
+
+// Depth limit, node kinds and namespaces of the tree under `root`, walked
+// without recursion so no document can exhaust the stack.
+bool checkTree(xml_node root)
+{
+    NamespaceScope scope;
+    xml_node n = root;
+    int depth = 1;
+    if (!scope.enter(n) || !checkElementNames(n, scope))
+        return false;
+    for (;;) {
+        xml_node next = n.first_child();
+        if (next) {
+            ++depth;
+        } else {
+            for (;;) {
+                if (n.type() == pugi::node_element)
+                    scope.leave();
+                if (n == root)
+                    return true;
+                next = n.next_sibling();
+                if (next)
+                    break;
+                n = n.parent();
+                --depth;
+            }
+        }
+        n = next;
+        switch (n.type()) {
+        case pugi::node_element:
+            if (depth > HNKMessageIterator::kMaxDepth) {
+                setErrorMessage("fromXML: elements nested deeper than %d levels at byte offset %td",
+                                HNKMessageIterator::kMaxDepth, n.offset_debug());
+                return false;
+            }
+            if (!scope.enter(n) || !checkElementNames(n, scope))
+                return false;
+            break;
+        case pugi::node_doctype:
+            setErrorMessage("fromXML: DOCTYPE declarations are not accepted (byte offset %td)", n.offset_debug());
+            return false;
+        default:
+            break;
+        }
+    }
+}
+
+// ---- Number conversions ----
+
+template <class T>
+bool parseNumber(const char* text, T& out)
+{
+    std::string_view v = trimBlanks(text);
+    bool negative = false;
+    if (!v.empty() && (v.front() == '+' || v.front() == '-')) {
+        negative = v.front() == '-';
+        v.remove_prefix(1);
+    }
+    if (v.empty() || v.front() < '0' || v.front() > '9')
+        return false;
+    unsigned long long magnitude = 0;
+    auto [end, ec] = std::from_chars(v.data(), v.data() + v.size(), magnitude);
+    if (ec != std::errc() || end != v.data() + v.size())
+        return false;
+    if constexpr (std::is_signed<T>::value) {
+        using U = typename std::make_unsigned<T>::type;
+        U limit = static_cast<U>(std::numeric_limits<T>::max());
+        if (negative) {
+            if (magnitude > static_cast<unsigned long long>(limit) + 1)
+                return false;
+            out = magnitude == 0 ? T(0) : static_cast<T>(-static_cast<T>(magnitude - 1) - 1);
+        } else {
+            if (magnitude > limit)
+                return false;
+            out = static_cast<T>(magnitude);
+        }
+    } else {
+        if ((negative && magnitude != 0) || magnitude > std::numeric_limits<T>::max())
+            return false;
+        out = static_cast<T>(magnitude);
+    }
+    return true;
+}
+
+bool parseBool(const char* text, bool& out)
+{
+    std::string_view v = trimBlanks(text);
+    if (v == "1" || v == "true") {
+        out = true;
+        return true;
+    }
+    if (v == "0" || v == "false") {
+        out = false;
+        return true;
+    }
+    return false;
+}
+
+template <class T>
+const char* typeLabel()
+{
+    if constexpr (std::is_same<T, bool>::value)
+        return "bool";
+    else if constexpr (std::is_signed<T>::value)
+        return "signed integer";
+    else
+        return "unsigned integer";
+}
+
+struct StringWriter : pugi::xml_writer {
+    std::string out;
+    void write(const void* data, size_t size) override { out.append(static_cast<const char*>(data), size); }
+};
+
+const char* idLabel(int id, char (&buf)[16])
+{
+    std::to_chars_result r = std::to_chars(buf, buf + sizeof buf - 1, id);
+    *r.ptr = '\0';
+    return buf;
+}
+
+const char* idLabel(const char* tag, char (&)[16]) { return tag; }
+
+bool isText(xml_node n) { return n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata; }
+
+// The element's text: its text children joined (CDATA sections and text
+// split around child elements included). One text child, the usual case,
+// is returned in place; `scratch` holds a joined text.
+const char* textOf(xml_node el, std::string& scratch)
+{
+    xml_node first;
+    for (xml_node c = el.first_child(); c; c = c.next_sibling()) {
+        if (!isText(c))
+            continue;
+        if (!first) {
+            first = c;
+            continue;
+        }
+        scratch.assign(first.value());
+        for (xml_node t = c; t; t = t.next_sibling())
+            if (isText(t))
+                scratch.append(t.value());
+        return scratch.c_str();
+    }
+    return first ? first.value() : "";
+}
+
+// Makes `value` the element's whole text: the first text child takes it,
+// later text children go.
+bool setTextOf(xml_node el, const char* value, size_t size)
+{
+    xml_text text = el.text();
+    if (!text.set(value, size))
+        return false;
+    xml_node kept = text.data();
+    for (xml_node c = kept.next_sibling(); c;) {
+        xml_node next = c.next_sibling();
+        if (isText(c))
+            el.remove_child(c);
+        c = next;
+    }
+    return true;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------
+
+HNKMessageIterator::HNKMessageIterator() : node_(nullptr) {}
+
+HNKMessageIterator::HNKMessageIterator(const std::string& rootName) : node_(nullptr)
+{
+    if (!isValidTag(rootName.c_str())) {
+        setErrorMessage("HNKMessageIterator: invalid root element name '%s'", rootName.c_str());
+        return;
+    }
+    doc_.reset(new pugi::xml_document);
+    node_ = doc_->append_child(rootName.c_str()).internal_object();
+}
+
+HNKMessageIterator::~HNKMessageIterator() = default;
+HNKMessageIterator::HNKMessageIterator(const HNKMessageIterator&) = default;
+HNKMessageIterator& HNKMessageIterator::operator=(const HNKMessageIterator&) = default;
+
+int HNKMessageIterator::fromXML(const std::string& text)
+{
+    size_t skip = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    ptrdiff_t bad = findInvalidXmlChar(text.data() + skip, text.size() - skip);
+    if (bad >= 0) {
+        setErrorMessage("fromXML: invalid UTF-8 or a character XML does not allow at byte offset %td",
+                        bad + static_cast<ptrdiff_t>(skip));
+        return -1;
+    }
+    boost::shared_ptr<pugi::xml_document> doc(new pugi::xml_document);
+    // parse_fragment keeps text outside the root so it can be refused;
+    // parse_doctype keeps a DOCTYPE so it can be refused (never expanded).
+    pugi::xml_parse_result result =
+        doc->load_buffer(text.data(), text.size(), pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment,
+                         pugi::encoding_utf8);
+    if (!result) {
+        setErrorMessage("fromXML: malformed XML at byte offset %td: %s", result.offset, result.description());
+        return -1;
+    }
+    xml_node root;
+    for (xml_node n = doc->first_child(); n; n = n.next_sibling()) {
+        switch (n.type()) {
+        case pugi::node_element:
+            if (root) {
+                setErrorMessage("fromXML: more than one root element (second at byte offset %td)", n.offset_debug());
+                return -1;
+            }
+            root = n;
+            break;
+        case pugi::node_doctype:
+            setErrorMessage("fromXML: DOCTYPE declarations are not accepted (byte offset %td)", n.offset_debug());
+            return -1;
+        case pugi::node_pcdata:
+        case pugi::node_cdata:
+            setErrorMessage("fromXML: text outside the root element at byte offset %td", n.offset_debug());
+            return -1;
+        default:
+            break;
+        }
+    }
+    if (!root) {
+        setErrorMessage("fromXML: empty document: no root element");
+        return -1;
+    }
+    if (!checkTree(root))
+        return -1;
+    doc_ = doc;
+    node_ = root.internal_object();
+    namespace_.clear();
+    return 0;
+}
+
+std::string HNKMessageIterator::toXML() const { return toXML(false); }
+
+std::string HNKMessageIterator::toXML(bool indent) const
+{
+    if (!doc_)
+        return std::string();
+    StringWriter w;
+    unsigned flags = pugi::format_no_declaration | (indent ? pugi::format_indent : pugi::format_raw);
+    doc_->save(w, "  ", flags, pugi::encoding_utf8);
+    return std::move(w.out);
+}
+
+bool HNKMessageIterator::isValid() const { return node_ != nullptr; }
+
+HNKMessageIterator HNKMessageIterator::root() const
+{
+    HNKMessageIterator r(*this);
+    if (doc_)
+        r.node_ = doc_->document_element().internal_object();
+    return r;
+}
+
+const char* HNKMessageIterator::currentName() const { return node_ ? localName(nodeOf(node_).name()) : ""; }
+
+// ---- Lookup ----
+
+xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
+{
+    if (!node_ || !tag || !*tag)
+        return nullptr;
+    for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
+        if (c.type() == pugi::node_element && nameMatches(c.name(), tag))
+            return c.internal_object();
+    return nullptr;
+}
+
+xml_node_struct* HNKMessageIterator::findChild(int id) const
+{
+    if (!node_ || id == 0)
+        return nullptr;
+    const char* name = HNKElementDictionary::findName(id);
+    if (!name) {
+        setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
+        return nullptr;
+    }
+    return findChild(name);
+}
+
+xml_node_struct* HNKMessageIterator::target(int id) const { return id == 0 ? node_ : findChild(id); }
+
+xml_node_struct* HNKMessageIterator::target(const char* tag) const
+{
+    return (!tag || !*tag) ? node_ : findChild(tag);
+}
+
+// ---- Moving ----
+
+int HNKMessageIterator::descend(int id) const
+{
+    xml_node_struct* c = findChild(id);
+    if (!c)
+        return -1;
+    node_ = c;
+    return 0;
+}
+
+int HNKMessageIterator::descend(const char* tag) const
+{
+    xml_node_struct* c = findChild(tag);
+    if (!c)
+        return -1;
+    node_ = c;
+    return 0;
+}
+
+int HNKMessageIterator::createChild(int id)
+{
+    if (id == 0 || !node_)
+        return -1;
+    const char* name = HNKElementDictionary::findName(id);
+    if (!name) {
+        setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
+        return -1;
+    }
+    node_ = nodeOf(node_).append_child(name).internal_object();
+    return 0;
+}
+
+int HNKMessageIterator::createChild(const char* tag)
+{
+    if (!node_ || !tag || !*tag)
+        return -1;
+    if (!isValidTag(tag)) {
+        setErrorMessage("HNKMessageIterator: invalid element name '%s'", tag);
+        return -1;
+    }
+    node_ = nodeOf(node_).append_child(tag).internal_object();
+    return 0;
+}
+
+void HNKMessageIterator::ascend() const
+{
+    if (!node_)
+        return;
+    xml_node parent = nodeOf(node_).parent();
+    if (parent.type() == pugi::node_element)
+        node_ = parent.internal_object();
+}
+
+void HNKMessageIterator::removeCurrent()
+{
+    if (!node_)
+        return;
+    xml_node self = nodeOf(node_);
+    xml_node parent = self.parent();
+    if (parent.type() != pugi::node_element)
+        return;
+    parent.remove_child(self);
+    node_ = parent.internal_object();
+}
+
+int HNKMessageIterator::firstChild(int id) const { return descend(id); }
+
+int HNKMessageIterator::firstChild(const char* tag) const { return descend(tag); }
+
+int HNKMessageIterator::nextSibling(const char* tag) const
+{
+    if (!node_ || !tag || !*tag)
+        return -1;
+    for (xml_node s = nodeOf(node_).next_sibling(); s; s = s.next_sibling())
+        if (s.type() == pugi::node_element && nameMatches(s.name(), tag)) {
+            node_ = s.internal_object();
+            return 0;
+        }
+    return -1;
+}
+
+int HNKMessageIterator::nextSibling(int id) const
+{
+    if (id == 0)
+        return -1;
+    const char* name = HNKElementDictionary::findName(id);
+    if (!name) {
+        setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
+        return -1;
+    }
+    return nextSibling(name);
+}
+
+bool HNKMessageIterator::hasChild(int id) const { return findChild(id) != nullptr; }
+
+bool HNKMessageIterator::hasChild(const char* tag) const { return findChild(tag) != nullptr; }
+
+int HNKMessageIterator::removeChild(int id)
+{
+    xml_node_struct* c = findChild(id);
+    if (!c)
+        return -1;
+    nodeOf(node_).remove_child(nodeOf(c));
+    return 0;
+}
+
+int HNKMessageIterator::removeChild(const char* tag)
+{
+    xml_node_struct* c = findChild(tag);
+    if (!c)
+        return -1;
+    nodeOf(node_).remove_child(nodeOf(c));
+    return 0;
+}
+
+// ---- Namespace and type stamps ----
+
+void HNKMessageIterator::setNamespace(unsigned nsid)
+{
+    namespace_.assign(HNKDefaultMap::findNSID(nsid));
+}
+
+void HNKMessageIterator::setNamespace(const char* ns)
+{
+    if (ns)
+        namespace_.assign(ns);
+    else
+        namespace_.clear();
+}
+
+void HNKMessageIterator::setType(unsigned nsid, unsigned typeId)
+{
+    const char* type = HNKDefaultMap::findTypeID(typeId);
+    if (!*type)
+        return;
+    setType(type, nsid ? HNKDefaultMap::findNSID(nsid) : nullptr);
+}
+
+void HNKMessageIterator::setType(const char* type, const char* ns)
+{
+    if (!node_ || !type || !isValidTag(type))
+        return;
+    xml_node el = nodeOf(node_);
+    if (findXsiType(el))
+        return; // the outermost writer stamped first; its label stays
+    const char* uri = (ns && *ns) ? ns : namespace_.c_str();
+    std::string value;
+    if (*uri) {
+        const char* prefix = findPrefixFor(el, uri);
+        value = prefix ? std::string(prefix) : declarePrefix(el, prefixBaseFor(uri), uri);
+        value += ':';
+    } else if (*lookupPrefix(el, "", 0)) {
+        // An unprefixed type would take the default namespace in scope.
+        if (el.attribute("xmlns"))
+            return;
+        el.append_attribute("xmlns").set_value("");
+    }
+    value += type;
+    const char* xsi = findPrefixFor(el, kXsiURI);
+    std::string xsiPrefix = xsi ? std::string(xsi) : declarePrefix(el, "xsi", kXsiURI);
+    el.append_attribute((xsiPrefix + ":type").c_str()).set_value(value.c_str());
+}
+
+std::string HNKMessageIterator::getTypeName() const
+{
+    if (!node_)
+        return std::string();
+    xml_node el = nodeOf(node_);
+    xml_attribute a = findXsiType(el);
+    if (!a)
+        return std::string();
+    std::string_view prefix, local;
+    if (!splitQName(trimBlanks(a.value()), prefix, local))
+        return std::string();
+    const char* uri = lookupPrefix(el, prefix.data(), prefix.size());
+    if (!uri)
+        return std::string();
+    std::string key;
+    key.reserve(std::strlen(uri) + 1 + local.size());
+    if (*uri) {
+        key += uri;
+        key += ':';
+    }
+    key += local;
+    return key;
+}
+
+void HNKMessageIterator::applySecondaryID(int id)
+{
+    if (!node_)
+        return;
+    xml_node el = nodeOf(node_);
+    xml_attribute a = el.attribute("secondary_id");
+    if (!a)
+        a = el.append_attribute("secondary_id");
+    a.set_value(id);
+}
+
+// ---- Values ----
+
+template <class ID, class T>
+int HNKMessageIterator::getNumber(ID id, T& out) const
+{
+    xml_node_struct* n = target(id);
+    if (!n)
+        return -1;
+    std::string scratch;
+    const char* text = textOf(nodeOf(n), scratch);
+    bool ok;
+    if constexpr (std::is_same<T, bool>::value)
+        ok = parseBool(text, out);
+    else
+        ok = parseNumber(text, out);
+    if (!ok) {
+        char buf[16];
+        setErrorMessage("HNKMessageIterator: the value of element '%s' (ID %s) is not a valid %s",
+                        localName(nodeOf(n).name()), idLabel(id, buf), typeLabel<T>());
+        return -1;
+    }
+    return 0;
+}
+
+template <class ID>
+int HNKMessageIterator::putText(ID id, const char* value, size_t size)
+{
+    if (!node_)
+        return -1;
+    if (findInvalidXmlChar(value, size) >= 0) {
+        char buf[16];
+        setErrorMessage("HNKMessageIterator: the value for element ID %s is not UTF-8 or holds a character "
+                        "XML cannot carry",
+                        idLabel(id, buf));
+        return -1;
+    }
+    xml_node_struct* n = target(id);
+    if (!n) {
+        int status = createChild(id);
+        if (status != 0)
+            return status;
+        n = node_;
+        ascend();
+    }
+    return setTextOf(nodeOf(n), value, size) ? 0 : -1;
+}
+
+template <class ID, class T>
+int HNKMessageIterator::putNumber(ID id, T value)
+{
+    char buf[24];
+    std::to_chars_result r = std::to_chars(buf, buf + sizeof buf, value);
+    return putText(id, buf, static_cast<size_t>(r.ptr - buf));
+}
+
+template <class ID>
+int HNKMessageIterator::getBase64(ID id, std::string& out) const
+{
+    xml_node_struct* n = target(id);
+    if (!n)
+        return -1;
+    std::string decoded;
+    std::string scratch;
+    if (!Base64::decode(std::string(trimBlanks(textOf(nodeOf(n), scratch))), decoded)) {
+        char buf[16];
+        setErrorMessage("HNKMessageIterator: the value of element '%s' (ID %s) is not Base64",
+                        localName(nodeOf(n).name()), idLabel(id, buf));
+        return -1;
+    }
+    out.swap(decoded);
+    return 0;
+}
+
+int HNKMessageIterator::getValue(int id, std::string& out) const
+{
+    xml_node_struct* n = target(id);
+    if (!n)
+        return -1;
+    std::string scratch;
+    out.assign(textOf(nodeOf(n), scratch));
+    return 0;
+}
+
+int HNKMessageIterator::getValue(const char* tag, std::string& out) const
+{
+    xml_node_struct* n = target(tag);
+    if (!n)
+        return -1;
+    std::string scratch;
+    out.assign(textOf(nodeOf(n), scratch));
+    return 0;
+}
+
+int HNKMessageIterator::getValue(int id, int& out) const { return getNumber(id, out); }
+int HNKMessageIterator::getValue(int id, unsigned& out) const { return getNumber(id, out); }
+int HNKMessageIterator::getValue(int id, long& out) const { return getNumber(id, out); }
+int HNKMessageIterator::getValue(int id, unsigned long& out) const { return getNumber(id, out); }
+int HNKMessageIterator::getValue(int id, long long& out) const { return getNumber(id, out); }
+int HNKMessageIterator::getValue(int id, unsigned long long& out) const { return getNumber(id, out); }
+int HNKMessageIterator::getValue(int id, bool& out) const { return getNumber(id, out); }
+int HNKMessageIterator::getValue(const char* tag, int& out) const { return getNumber(tag, out); }
+int HNKMessageIterator::getValue(const char* tag, unsigned& out) const { return getNumber(tag, out); }
+int HNKMessageIterator::getValue(const char* tag, long& out) const { return getNumber(tag, out); }
+int HNKMessageIterator::getValue(const char* tag, unsigned long& out) const { return getNumber(tag, out); }
+int HNKMessageIterator::getValue(const char* tag, long long& out) const { return getNumber(tag, out); }
+int HNKMessageIterator::getValue(const char* tag, unsigned long long& out) const { return getNumber(tag, out); }
+int HNKMessageIterator::getValue(const char* tag, bool& out) const { return getNumber(tag, out); }
+
+int HNKMessageIterator::putValue(int id, const std::string& value) { return putText(id, value.data(), value.size()); }
+int HNKMessageIterator::putValue(int id, const char* value)
+{
+    return value ? putText(id, value, std::strlen(value)) : -1;
+}
+int HNKMessageIterator::putValue(int id, const int& value) { return putNumber(id, value); }
+int HNKMessageIterator::putValue(int id, const unsigned& value) { return putNumber(id, value); }
+int HNKMessageIterator::putValue(int id, const long& value) { return putNumber(id, value); }
+int HNKMessageIterator::putValue(int id, const unsigned long& value) { return putNumber(id, value); }
+int HNKMessageIterator::putValue(int id, const long long& value) { return putNumber(id, value); }
+int HNKMessageIterator::putValue(int id, const unsigned long long& value) { return putNumber(id, value); }
+int HNKMessageIterator::putValue(int id, const bool& value) { return putNumber(id, value ? 1 : 0); }
+int HNKMessageIterator::putValue(const char* tag, const std::string& value)
+{
+    return putText(tag, value.data(), value.size());
+}
+int HNKMessageIterator::putValue(const char* tag, const char* value)
+{
+    return value ? putText(tag, value, std::strlen(value)) : -1;
+}
+int HNKMessageIterator::putValue(const char* tag, const int& value) { return putNumber(tag, value); }
+int HNKMessageIterator::putValue(const char* tag, const unsigned& value) { return putNumber(tag, value); }
+int HNKMessageIterator::putValue(const char* tag, const long& value) { return putNumber(tag, value); }
+int HNKMessageIterator::putValue(const char* tag, const unsigned long& value) { return putNumber(tag, value); }
+int HNKMessageIterator::putValue(const char* tag, const long long& value) { return putNumber(tag, value); }
+int HNKMessageIterator::putValue(const char* tag, const unsigned long long& value) { return putNumber(tag, value); }
+int HNKMessageIterator::putValue(const char* tag, const bool& value) { return putNumber(tag, value ? 1 : 0); }
+
+int HNKMessageIterator::getValueBase64(int id, std::string& out) const { return getBase64(id, out); }
+int HNKMessageIterator::getValueBase64(const char* tag, std::string& out) const { return getBase64(tag, out); }
+
+int HNKMessageIterator::putValueBase64(int id, const std::string& value)
+{
+    std::string encoded = Base64::encode(value);
+    return putText(id, encoded.data(), encoded.size());
+}
+
+int HNKMessageIterator::putValueBase64(const char* tag, const std::string& value)
+{
+    std::string encoded = Base64::encode(value);
+    return putText(tag, encoded.data(), encoded.size());
+}
+
+// ---- Subtrees ----
+
+namespace {
+
+// Namespace declarations in scope at `el`, nearest first, shadowed ones left
+// out: (attribute name, URI).
+std::vector<std::pair<const char*, const char*>> bindingsInScope(xml_node el)
+{
+    std::vector<std::pair<const char*, const char*>> out;
+    for (xml_node n = el; n && n.type() == pugi::node_element; n = n.parent())
+        for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute()) {
+            const char* name = a.name();
+            if (std::strncmp(name, "xmlns", 5) != 0 || (name[5] != '\0' && name[5] != ':'))
+                continue;
+            bool shadowed = false;
+            for (const auto& b : out)
+                shadowed = shadowed || std::strcmp(b.first, name) == 0;
+            if (!shadowed)
+                out.emplace_back(name, a.value());
+        }
+    return out;
+}
+
+// URI that declaration name `xmlnsName` ("xmlns" or "xmlns:p") binds at `el`.
+const char* resolveDeclName(xml_node el, const char* xmlnsName)
+{
+    const char* prefix = xmlnsName[5] == ':' ? xmlnsName + 6 : "";
+    return lookupPrefix(el, prefix, std::strlen(prefix));
+}
+
+bool isSameOrAncestor(xml_node ancestor, xml_node n)
+{
+    for (; n; n = n.parent())
+        if (n == ancestor)
+            return true;
+    return false;
+}
+
+} // namespace
+
+HNKMessageIterator HNKMessageIterator::cloneSubtree() const
+{
+    HNKMessageIterator out;
+    if (!node_)
+        return out;
+    xml_node self = nodeOf(node_);
+    out.doc_.reset(new pugi::xml_document);
+    xml_node copy = out.doc_->append_copy(self);
+    for (const auto& b : bindingsInScope(self.parent()))
+        if (!copy.attribute(b.first))
+            copy.append_attribute(b.first).set_value(b.second);
+    out.node_ = copy.internal_object();
+    return out;
+}
+
+int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
+{
+    if (!node_ || !source.node_)
+        return -1;
+    if (doc_ == source.doc_ && isSameOrAncestor(nodeOf(source.node_), nodeOf(node_)))
+        return appendChildrenCopy(source.cloneSubtree()); // copying a subtree into itself
+    xml_node from = nodeOf(source.node_);
+    xml_node to = nodeOf(node_);
+    std::vector<std::pair<const char*, const char*>> needed;
+    for (const auto& b : bindingsInScope(from)) {
+        const char* here = resolveDeclName(to, b.first);
+        if (!here || std::strcmp(here, b.second) != 0)
+            needed.push_back(b);
+    }
+    for (xml_node c = from.first_child(); c; c = c.next_sibling()) {
+        xml_node copy = to.append_copy(c);
+        if (copy.type() != pugi::node_element)
+            continue;
+        for (const auto& b : needed)
+            if (!copy.attribute(b.first))
+                copy.append_attribute(b.first).set_value(b.second);
+    }
+    return 0;
+}

@@ -1,0 +1,233 @@
+#pragma once
+// The framework's cursor over a message tree: a namespaced XML element tree.
+//
+// A cursor shares its document with its copies; each copy has its own
+// position. Readers take the cursor const: the position is mutable state, so
+// a reader moves down and must move back up (ascend) before it returns.
+// One cursor (and the document behind it) is used by one thread at a time.
+//
+// Element IDs are either numeric (the framework's element dictionary,
+// HNKElementDictionary, gives the element name) or string tags. ID 0 and the
+// empty tag address the element under the cursor itself. Child elements are
+// matched by local name: a prefix on an element name is ignored.
+//
+// Status convention: 0 success, -1 failure. Absence is not an error message;
+// an unknown numeric ID, an invalid tag or value, a malformed number and a
+// parse failure also set getErrorMessage().
+#include <boost/shared_ptr.hpp>
+
+#include <string>
+
+namespace pugi {
+class xml_document;
+struct xml_node_struct;
+} // namespace pugi
+
+class HNKMessageIterator {
+public:
+    // Deepest element nesting fromXML accepts; deeper text is refused.
+    static const int kMaxDepth = 1024;
+
+    // No document: every operation fails until fromXML succeeds.
+    HNKMessageIterator();
+    // A new document holding one empty root element; the cursor is on it.
+    explicit HNKMessageIterator(const std::string& rootName);
+    virtual ~HNKMessageIterator();
+    // Copies share the document; the copy starts at the same position.
+    HNKMessageIterator(const HNKMessageIterator&);
+    HNKMessageIterator& operator=(const HNKMessageIterator&);
+
+    // ---- Text form ----
+    // Replaces this cursor's document by the parsed text; cursor on the root.
+    // -1 (document unchanged, getErrorMessage() says what and at which byte
+    // offset) on malformed XML, invalid UTF-8 or characters, an empty
+    // document, more than one root, text outside the root, a DOCTYPE, nesting
+    // deeper than kMaxDepth, or an undeclared namespace prefix (element or
+    // attribute names, xsi:type values). Other cursors keep the old document.
+    int fromXML(const std::string& text);
+    // The whole document, compact, without XML declaration; "" without one.
+    std::string toXML() const;
+    // As toXML(), indented by two blanks per level when `indent` is true.
+    std::string toXML(bool indent) const;
+
+    // ---- Position ----
+    // True when the cursor is on an element of a document.
+    bool isValid() const;
+    // A new cursor on the root element of the same (shared) document.
+    HNKMessageIterator root() const;
+    // Local name of the element under the cursor; "" when not valid.
+    const char* currentName() const;
+
+    // Moves onto the first child with this ID; 0 if moved, -1 (cursor stays)
+    // when there is none. ID 0 / "" never moves and returns -1.
+    virtual int descend(int id) const;
+    virtual int descend(const char* tag) const;
+    int descend(const std::string& tag) const { return descend(tag.c_str()); }
+    // Appends a new empty child (O(1)) and moves onto it; -1 for ID 0 / "",
+    // an unknown numeric ID or a tag that is not a valid XML name.
+    virtual int createChild(int id);
+    virtual int createChild(const char* tag);
+    int createChild(const std::string& tag) { return createChild(tag.c_str()); }
+    // Moves to the parent element; stays on the root element.
+    virtual void ascend() const;
+    // Deletes the element under the cursor and moves to its parent. The root
+    // element is never removed (no-op there).
+    virtual void removeCurrent();
+    // Moves onto the first child with this ID; 0 if found, -1 otherwise.
+    virtual int firstChild(int id) const;
+    virtual int firstChild(const char* tag) const;
+    int firstChild(const std::string& tag) const { return firstChild(tag.c_str()); }
+    // Moves onto the next sibling with this ID; -1 (cursor stays) at the end.
+    virtual int nextSibling(int id) const;
+    virtual int nextSibling(const char* tag) const;
+    int nextSibling(const std::string& tag) const { return nextSibling(tag.c_str()); }
+    // True when a child with this ID exists; the cursor does not move.
+    bool hasChild(int id) const;
+    bool hasChild(const char* tag) const;
+    bool hasChild(const std::string& tag) const { return hasChild(tag.c_str()); }
+    // Removes the first child with this ID: 0 if one was removed, -1 if none.
+    int removeChild(int id);
+    int removeChild(const char* tag);
+    int removeChild(const std::string& tag) { return removeChild(tag.c_str()); }
+
+    // ---- Namespace and type stamps ----
+    // The namespace used by setType when it is given none; 0 / null / ""
+    // restores the default (no namespace). Element names stay unqualified.
+    virtual void setNamespace(unsigned nsid);
+    virtual void setNamespace(const char* ns);
+    void setNamespace(int nsid) { setNamespace(static_cast<unsigned>(nsid)); } // setNamespace(0)
+    const std::string& getNamespace() const { return namespace_; }
+    // Stamps the element: xsi:type="p:type" with p bound to the namespace
+    // (declared on the element unless a binding is in scope). An element that
+    // already has an xsi:type keeps it: the outermost writer's stamp stays.
+    // Numeric IDs are named through HNKDefaultMap; nsid 0 / null ns use the
+    // current namespace; an empty namespace stamps an unprefixed name.
+    virtual void setType(unsigned nsid, unsigned typeId);
+    virtual void setType(const char* type, const char* ns);
+    // Registry key of the element's xsi:type: "URI:type", with the prefix
+    // resolved through in-scope xmlns declarations (so any prefix reads the
+    // same). An unprefixed type takes the default namespace when one is in
+    // scope, else the key is the bare type name. "" when not stamped.
+    virtual std::string getTypeName() const;
+    // Records a secondary ID as the attribute secondary_id="N" of the element.
+    virtual void applySecondaryID(int id);
+
+    // ---- Values ----
+    // The text of the child with this ID (ID 0 / "": the element itself), its
+    // text and CDATA pieces joined. 0 if present and converted; -1 otherwise,
+    // `out` untouched. Numbers must
+    // be the whole text (surrounding XML blanks allowed) and in range; bool
+    // accepts 0, 1, true and false.
+    virtual int getValue(int id, std::string& out) const;
+    virtual int getValue(int id, int& out) const;
+    virtual int getValue(int id, unsigned& out) const;
+    virtual int getValue(int id, long& out) const;
+    virtual int getValue(int id, unsigned long& out) const;
+    virtual int getValue(int id, long long& out) const;
+    virtual int getValue(int id, unsigned long long& out) const;
+    virtual int getValue(int id, bool& out) const;
+    virtual int getValue(const char* tag, std::string& out) const;
+    virtual int getValue(const char* tag, int& out) const;
+    virtual int getValue(const char* tag, unsigned& out) const;
+    virtual int getValue(const char* tag, long& out) const;
+    virtual int getValue(const char* tag, unsigned long& out) const;
+    virtual int getValue(const char* tag, long long& out) const;
+    virtual int getValue(const char* tag, unsigned long long& out) const;
+    virtual int getValue(const char* tag, bool& out) const;
+    template <class T>
+    int getValue(const std::string& tag, T& out) const { return getValue(tag.c_str(), out); }
+
+    // Makes `value` the whole text of the first child with this ID, appending
+    // the child when there is none (ID 0 / "": the element itself). Numbers are written in
+    // decimal, bool as 0 or 1. -1 (nothing changed) for an unknown ID, an
+    // invalid tag, or a string that is not UTF-8 or holds characters XML 1.0
+    // cannot carry (NUL and the other control characters but tab, LF, CR).
+    virtual int putValue(int id, const std::string& value);
+    virtual int putValue(int id, const char* value); // so a literal never becomes a bool
+    virtual int putValue(int id, const int& value);
+    virtual int putValue(int id, const unsigned& value);
+    virtual int putValue(int id, const long& value);
+    virtual int putValue(int id, const unsigned long& value);
+    virtual int putValue(int id, const long long& value);
+    virtual int putValue(int id, const unsigned long long& value);
+    virtual int putValue(int id, const bool& value);
+    virtual int putValue(const char* tag, const std::string& value);
+    virtual int putValue(const char* tag, const char* value);
+    virtual int putValue(const char* tag, const int& value);
+    virtual int putValue(const char* tag, const unsigned& value);
+    virtual int putValue(const char* tag, const long& value);
+    virtual int putValue(const char* tag, const unsigned long& value);
+    virtual int putValue(const char* tag, const long long& value);
+    virtual int putValue(const char* tag, const unsigned long long& value);
+    virtual int putValue(const char* tag, const bool& value);
+    template <class T>
+    int putValue(const std::string& tag, const T& value) { return putValue(tag.c_str(), value); }
+
+    // The text of the child decoded from Base64; -1 when absent or not Base64.
+    virtual int getValueBase64(int id, std::string& out) const;
+    virtual int getValueBase64(const char* tag, std::string& out) const;
+    int getValueBase64(const std::string& tag, std::string& out) const
+    {
+        return getValueBase64(tag.c_str(), out);
+    }
+    // Stores the value Base64-encoded, as putValue does with text.
+    virtual int putValueBase64(int id, const std::string& value);
+    virtual int putValueBase64(const char* tag, const std::string& value);
+    int putValueBase64(const std::string& tag, const std::string& value)
+    {
+        return putValueBase64(tag.c_str(), value);
+    }
+
+    // ---- Subtrees (property bags) ----
+    // A new, independent document holding a deep copy of the element under
+    // the cursor, with the namespace bindings it inherited declared on its
+    // root; the new cursor is on that root. Invalid when this one is.
+    HNKMessageIterator cloneSubtree() const;
+    // Appends deep copies of all children of `source`'s current element to
+    // the element under this cursor, in order; bindings the copies relied on
+    // are declared on them. 0 on success, -1 when either cursor is invalid.
+    int appendChildrenCopy(const HNKMessageIterator& source);
+
+    // ---- Typed objects (HNKSerialization.h defines these) ----
+    // Runs reader(*this, obj) on the element under the cursor.
+    template <class T, class Reader>
+    int getObject(T& obj, const Reader& reader) const;
+    // Reads the child with this ID with `reader`; -1 when it is missing.
+    template <class T, class Reader>
+    int getObject(T& obj, const Reader& reader, int id) const;
+    template <class T, class Reader>
+    int getObject(T& obj, const Reader& reader, const std::string& id) const;
+    // Stamps the current element with the writer's type and runs the writer.
+    template <class T, class Writer>
+    int putObject(const T& obj, const Writer& writer);
+    // Replaces the child with this ID (removes an existing one, appends a new
+    // one) and writes obj into it, stamped with the writer's type.
+    template <class T, class Writer>
+    int putObject(const T& obj, const Writer& writer, int id);
+    template <class T, class Writer>
+    int putObject(const T& obj, const Writer& writer, const std::string& id);
+    // Stamps namespace and type of the writer on the current element, runs
+    // the writer, then restores the default namespace; the writer's status.
+    template <class T, class Writer>
+    int putObjectInternal(const T& obj, const Writer& writer);
+
+private:
+    pugi::xml_node_struct* findChild(int id) const;
+    pugi::xml_node_struct* findChild(const char* tag) const;
+    pugi::xml_node_struct* target(int id) const;
+    pugi::xml_node_struct* target(const char* tag) const;
+    template <class ID, class T>
+    int getNumber(ID id, T& out) const;
+    template <class ID>
+    int putText(ID id, const char* value, size_t size);
+    template <class ID, class T>
+    int putNumber(ID id, T value);
+    template <class ID>
+    int getBase64(ID id, std::string& out) const;
+
+    boost::shared_ptr<pugi::xml_document> doc_;
+    mutable pugi::xml_node_struct* node_;
+    std::string namespace_;
+};
+
+#include "HNKSerialization.h"
