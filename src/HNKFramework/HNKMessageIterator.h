@@ -117,8 +117,9 @@ public:
     virtual void applySecondaryID(int id);
 
     // ---- Values ----
-    // The text of the child with this ID (ID 0 / "": the element itself).
-    // 0 if present and converted; -1 otherwise, `out` untouched. Numbers must
+    // The text of the child with this ID (ID 0 / "": the element itself), its
+    // text and CDATA pieces joined. 0 if present and converted; -1 otherwise,
+    // `out` untouched. Numbers must
     // be the whole text (surrounding XML blanks allowed) and in range; bool
     // accepts 0, 1, true and false.
     virtual int getValue(int id, std::string& out) const;
@@ -140,8 +141,8 @@ public:
     template <class T>
     int getValue(const std::string& tag, T& out) const { return getValue(tag.c_str(), out); }
 
-    // Sets the text of the first child with this ID, appending the child when
-    // there is none (ID 0 / "": the element itself). Numbers are written in
+    // Makes `value` the whole text of the first child with this ID, appending
+    // the child when there is none (ID 0 / "": the element itself). Numbers are written in
     // decimal, bool as 0 or 1. -1 (nothing changed) for an unknown ID, an
     // invalid tag, or a string that is not UTF-8 or holds characters XML 1.0
     // cannot carry (NUL and the other control characters but tab, LF, CR).

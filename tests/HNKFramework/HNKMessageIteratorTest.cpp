@@ -212,6 +212,21 @@ TEST(HNKMessageIteratorTest, IdZeroAndEmptyTagAddressTheCurrentElement)
     EXPECT_EQ("<r><a>bye</a></r>", it.toXML());
 }
 
+TEST(HNKMessageIteratorTest, TextSplitByCdataOrChildrenReadsWholeAndPutReplacesAll)
+{
+    HNKMessageIterator it = parsed("<r><a>x<![CDATA[<y>]]>z</a><b>1<i/>2</b></r>");
+    std::string s;
+    int n = 0;
+    EXPECT_EQ(0, it.getValue("a", s));
+    EXPECT_EQ("x<y>z", s);
+    EXPECT_EQ(0, it.getValue("b", n));
+    EXPECT_EQ(12, n);
+    ASSERT_EQ(0, it.putValue("b", 7));
+    EXPECT_EQ(0, it.getValue("b", n));
+    EXPECT_EQ(7, n);
+    EXPECT_EQ("<r><a>x<![CDATA[<y>]]>z</a><b>7<i/></b></r>", it.toXML());
+}
+
 TEST(HNKMessageIteratorTest, PutValueReplacesTheTextOfAnExistingChild)
 {
     HNKMessageIterator it("r");
