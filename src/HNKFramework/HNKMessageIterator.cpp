@@ -707,6 +707,30 @@ int HNKMessageIterator::nextSibling(int id) const
     return nextSibling(name);
 }
 
+int HNKMessageIterator::firstChild() const
+{
+    if (!node_)
+        return -1;
+    for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
+        if (c.type() == pugi::node_element) {
+            node_ = c.internal_object();
+            return 0;
+        }
+    return -1;
+}
+
+int HNKMessageIterator::nextSibling() const
+{
+    if (!node_)
+        return -1;
+    for (xml_node s = nodeOf(node_).next_sibling(); s; s = s.next_sibling())
+        if (s.type() == pugi::node_element) {
+            node_ = s.internal_object();
+            return 0;
+        }
+    return -1;
+}
+
 bool HNKMessageIterator::hasChild(int id) const { return findChild(id) != nullptr; }
 
 bool HNKMessageIterator::hasChild(const char* tag) const { return findChild(tag) != nullptr; }
@@ -1016,6 +1040,28 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
             copy.append_attribute(b.first).set_value(b.second);
     out.node_ = copy.internal_object();
     return out;
+}
+
+int HNKMessageIterator::appendCopy(const HNKMessageIterator& source)
+{
+    if (!node_ || !source.node_)
+        return -1;
+    xml_node from = nodeOf(source.node_);
+    xml_node to = nodeOf(node_);
+    if (doc_ == source.doc_ && isSameOrAncestor(from, to))
+        return -1;
+    xml_node copy = to.append_copy(from);
+    for (const auto& b : bindingsInScope(from.parent())) {
+        const char* here = resolveDeclName(to, b.first);
+        if ((!here || std::strcmp(here, b.second) != 0) && !copy.attribute(b.first))
+            copy.append_attribute(b.first).set_value(b.second);
+    }
+    // A copy in no namespace must not fall into a default namespace here.
+    const char* targetDefault = resolveDeclName(to, "xmlns");
+    const char* sourceDefault = resolveDeclName(from, "xmlns");
+    if (targetDefault && *targetDefault && !(sourceDefault && *sourceDefault) && !copy.attribute("xmlns"))
+        copy.append_attribute("xmlns").set_value("");
+    return 0;
 }
 
 int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)

@@ -81,6 +81,10 @@ public:
     virtual int nextSibling(int id) const;
     virtual int nextSibling(const char* tag) const;
     int nextSibling(const std::string& tag) const { return nextSibling(tag.c_str()); }
+    // Moves onto the first child element / the next sibling element, whatever
+    // its name; -1 (cursor stays) when there is none.
+    int firstChild() const;
+    int nextSibling() const;
     // True when a child with this ID exists; the cursor does not move.
     bool hasChild(int id) const;
     bool hasChild(const char* tag) const;
@@ -187,6 +191,12 @@ public:
     // the element under this cursor, in order; bindings the copies relied on
     // are declared on them. 0 on success, -1 when either cursor is invalid.
     int appendChildrenCopy(const HNKMessageIterator& source);
+    // Appends a deep copy of `source`'s current element (not the root of this
+    // cursor's own ancestry) as the last child of the element under this
+    // cursor, declaring on the copy the bindings it inherited and that are
+    // not in scope here. The cursor does not move. -1 when either is invalid
+    // or the source element is this element or one of its ancestors.
+    int appendCopy(const HNKMessageIterator& source);
 
     // ---- Typed objects (HNKSerialization.h defines these) ----
     // Runs reader(*this, obj) on the element under the cursor.
