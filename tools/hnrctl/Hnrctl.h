@@ -1,0 +1,39 @@
+#pragma once
+// hnrctl: the command-line face of libHNRFunctionality. Everything but
+// main() lives here so that tests can run commands in-process.
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace hnrctl {
+
+// Exit statuses.
+constexpr int kExitOk = 0;
+constexpr int kExitFailure = 1; // the operation failed; the reason is on standard error
+constexpr int kExitUsage = 2;   // the command line was wrong
+
+// What a command may touch besides its arguments.
+struct HnrctlContext {
+    std::istream* in = nullptr;  // read for FILE "-"
+    std::ostream* out = nullptr; // results
+    std::ostream* err = nullptr; // errors, warnings, progress
+    bool errIsTerminal = false;  // progress redraws one line with '\r' when true
+    bool hasPasswordEnv = false; // HNR_SMB_PASSWORD was set
+    std::string passwordEnv;     // its value
+};
+
+// Runs one command line (without the program name); returns the exit status.
+int runHnrctl(const std::vector<std::string>& args, HnrctlContext& context);
+
+} // namespace hnrctl
+
+namespace hnrctl {
+
+class HnrctlCommandLine;
+
+// Prints "hnrctl: <command>: <message>" on the error stream; kExitFailure.
+int reportFailure(HnrctlContext& context, const std::string& command, const std::string& message);
+// Prints "hnrctl: <command>: <message>" and a hint to --help; kExitUsage.
+int reportUsage(HnrctlContext& context, const std::string& command, const std::string& message);
+
+} // namespace hnrctl

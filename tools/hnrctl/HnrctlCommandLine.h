@@ -1,0 +1,38 @@
+#pragma once
+// Argument parsing of hnrctl: options declared per command, GNU style
+// ("-U user", "-Uuser", "--user user", "--user=user", "--" ends options,
+// "-" alone is an operand).
+#include <map>
+#include <string>
+#include <vector>
+
+namespace hnrctl {
+
+struct HnrctlOption {
+    const char* shortName; // "-U", or nullptr
+    const char* longName;  // "--user"
+    const char* valueName; // "USER" when the option takes a value, else nullptr
+    const char* help;
+};
+
+class HnrctlCommandLine {
+public:
+    // Parses args against options; false with error() set on an unknown
+    // option, a missing value or a password on the command line. The error
+    // never repeats what followed an '=' (it might be a password).
+    bool parse(const std::vector<std::string>& args, const std::vector<HnrctlOption>& options);
+
+    // Keyed by the option's long name.
+    bool has(const std::string& longName) const { return m_values.count(longName) != 0; }
+    // The option's value, or fallback when absent.
+    std::string value(const std::string& longName, const std::string& fallback = "") const;
+    const std::vector<std::string>& operands() const { return m_operands; }
+    const std::string& error() const { return m_error; }
+
+private:
+    std::map<std::string, std::string> m_values;
+    std::vector<std::string> m_operands;
+    std::string m_error;
+};
+
+} // namespace hnrctl
