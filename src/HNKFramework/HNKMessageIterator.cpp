@@ -21,6 +21,7 @@ namespace {
 using pugi::xml_attribute;
 using pugi::xml_node;
 using pugi::xml_node_struct;
+using pugi::xml_text;
 
 const char kXsiURI[] = "http://www.w3.org/2001/XMLSchema-instance";
 const char kXmlURI[] = "http://www.w3.org/XML/1998/namespace";
@@ -444,6 +445,47 @@ const char* idLabel(int id, char (&buf)[16])
 
 const char* idLabel(const char* tag, char (&)[16]) { return tag; }
 
+bool isText(xml_node n) { return n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata; }
+
+// The element's text: its text children joined (CDATA sections and text
+// split around child elements included). One text child, the usual case,
+// is returned in place; `scratch` holds a joined text.
+const char* textOf(xml_node el, std::string& scratch)
+{
+    xml_node first;
+    for (xml_node c = el.first_child(); c; c = c.next_sibling()) {
+        if (!isText(c))
+            continue;
+        if (!first) {
+            first = c;
+            continue;
+        }
+        scratch.assign(first.value());
+        for (xml_node t = c; t; t = t.next_sibling())
+            if (isText(t))
+                scratch.append(t.value());
+        return scratch.c_str();
+    }
+    return first ? first.value() : "";
+}
+
+// Makes `value` the element's whole text: the first text child takes it,
+// later text children go.
+bool setTextOf(xml_node el, const char* value, size_t size)
+{
+    xml_text text = el.text();
+    if (!text.set(value, size))
+        return false;
+    xml_node kept = text.data();
+    for (xml_node c = kept.next_sibling(); c;) {
+        xml_node next = c.next_sibling();
+        if (isText(c))
+            el.remove_child(c);
+        c = next;
+    }
+    return true;
+}
+
 } // namespace
 
 // ---------------------------------------------------------------------------
@@ -665,6 +707,30 @@ int HNKMessageIterator::nextSibling(int id) const
     return nextSibling(name);
 }
 
+int HNKMessageIterator::firstChild() const
+{
+    if (!node_)
+        return -1;
+    for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
+        if (c.type() == pugi::node_element) {
+            node_ = c.internal_object();
+            return 0;
+        }
+    return -1;
+}
+
+int HNKMessageIterator::nextSibling() const
+{
+    if (!node_)
+        return -1;
+    for (xml_node s = nodeOf(node_).next_sibling(); s; s = s.next_sibling())
+        if (s.type() == pugi::node_element) {
+            node_ = s.internal_object();
+            return 0;
+        }
+    return -1;
+}
+
 bool HNKMessageIterator::hasChild(int id) const { return findChild(id) != nullptr; }
 
 bool HNKMessageIterator::hasChild(const char* tag) const { return findChild(tag) != nullptr; }
@@ -778,7 +844,8 @@ int HNKMessageIterator::getNumber(ID id, T& out) const
     xml_node_struct* n = target(id);
     if (!n)
         return -1;
-    const char* text = nodeOf(n).child_value();
+    std::string scratch;
+    const char* text = textOf(nodeOf(n), scratch);
     bool ok;
     if constexpr (std::is_same<T, bool>::value)
         ok = parseBool(text, out);
@@ -813,7 +880,7 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
         n = node_;
         ascend();
     }
-    return nodeOf(n).text().set(value, size) ? 0 : -1;
+    return setTextOf(nodeOf(n), value, size) ? 0 : -1;
 }
 
 template <class ID, class T>
@@ -831,7 +898,8 @@ int HNKMessageIterator::getBase64(ID id, std::string& out) const
     if (!n)
         return -1;
     std::string decoded;
-    if (!Base64::decode(std::string(trimBlanks(nodeOf(n).child_value())), decoded)) {
+    std::string scratch;
+    if (!Base64::decode(std::string(trimBlanks(textOf(nodeOf(n), scratch))), decoded)) {
         char buf[16];
         setErrorMessage("HNKMessageIterator: the value of element '%s' (ID %s) is not Base64",
                         localName(nodeOf(n).name()), idLabel(id, buf));
@@ -846,7 +914,8 @@ int HNKMessageIterator::getValue(int id, std::string& out) const
     xml_node_struct* n = target(id);
     if (!n)
         return -1;
-    out.assign(nodeOf(n).child_value());
+    std::string scratch;
+    out.assign(textOf(nodeOf(n), scratch));
     return 0;
 }
 
@@ -855,7 +924,8 @@ int HNKMessageIterator::getValue(const char* tag, std::string& out) const
     xml_node_struct* n = target(tag);
     if (!n)
         return -1;
-    out.assign(nodeOf(n).child_value());
+    std::string scratch;
+    out.assign(textOf(nodeOf(n), scratch));
     return 0;
 }
 
@@ -970,6 +1040,28 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
             copy.append_attribute(b.first).set_value(b.second);
     out.node_ = copy.internal_object();
     return out;
+}
+
+int HNKMessageIterator::appendCopy(const HNKMessageIterator& source)
+{
+    if (!node_ || !source.node_)
+        return -1;
+    xml_node from = nodeOf(source.node_);
+    xml_node to = nodeOf(node_);
+    if (doc_ == source.doc_ && isSameOrAncestor(from, to))
+        return -1;
+    xml_node copy = to.append_copy(from);
+    for (const auto& b : bindingsInScope(from.parent())) {
+        const char* here = resolveDeclName(to, b.first);
+        if ((!here || std::strcmp(here, b.second) != 0) && !copy.attribute(b.first))
+            copy.append_attribute(b.first).set_value(b.second);
+    }
+    // A copy in no namespace must not fall into a default namespace here.
+    const char* targetDefault = resolveDeclName(to, "xmlns");
+    const char* sourceDefault = resolveDeclName(from, "xmlns");
+    if (targetDefault && *targetDefault && !(sourceDefault && *sourceDefault) && !copy.attribute("xmlns"))
+        copy.append_attribute("xmlns").set_value("");
+    return 0;
 }
 
 int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)

@@ -81,6 +81,10 @@ public:
     virtual int nextSibling(int id) const;
     virtual int nextSibling(const char* tag) const;
     int nextSibling(const std::string& tag) const { return nextSibling(tag.c_str()); }
+    // Moves onto the first child element / the next sibling element, whatever
+    // its name; -1 (cursor stays) when there is none.
+    int firstChild() const;
+    int nextSibling() const;
     // True when a child with this ID exists; the cursor does not move.
     bool hasChild(int id) const;
     bool hasChild(const char* tag) const;
@@ -113,8 +117,9 @@ public:
     virtual void applySecondaryID(int id);
 
     // ---- Values ----
-    // The text of the child with this ID (ID 0 / "": the element itself).
-    // 0 if present and converted; -1 otherwise, `out` untouched. Numbers must
+    // The text of the child with this ID (ID 0 / "": the element itself), its
+    // text and CDATA pieces joined. 0 if present and converted; -1 otherwise,
+    // `out` untouched. Numbers must
     // be the whole text (surrounding XML blanks allowed) and in range; bool
     // accepts 0, 1, true and false.
     virtual int getValue(int id, std::string& out) const;
@@ -136,8 +141,8 @@ public:
     template <class T>
     int getValue(const std::string& tag, T& out) const { return getValue(tag.c_str(), out); }
 
-    // Sets the text of the first child with this ID, appending the child when
-    // there is none (ID 0 / "": the element itself). Numbers are written in
+    // Makes `value` the whole text of the first child with this ID, appending
+    // the child when there is none (ID 0 / "": the element itself). Numbers are written in
     // decimal, bool as 0 or 1. -1 (nothing changed) for an unknown ID, an
     // invalid tag, or a string that is not UTF-8 or holds characters XML 1.0
     // cannot carry (NUL and the other control characters but tab, LF, CR).
@@ -186,6 +191,12 @@ public:
     // the element under this cursor, in order; bindings the copies relied on
     // are declared on them. 0 on success, -1 when either cursor is invalid.
     int appendChildrenCopy(const HNKMessageIterator& source);
+    // Appends a deep copy of `source`'s current element (not the root of this
+    // cursor's own ancestry) as the last child of the element under this
+    // cursor, declaring on the copy the bindings it inherited and that are
+    // not in scope here. The cursor does not move. -1 when either is invalid
+    // or the source element is this element or one of its ancestors.
+    int appendCopy(const HNKMessageIterator& source);
 
     // ---- Typed objects (HNKSerialization.h defines these) ----
     // Runs reader(*this, obj) on the element under the cursor.

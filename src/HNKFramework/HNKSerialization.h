@@ -21,8 +21,9 @@
 //   // records directly under the current element (no wrapper): the empty-ID forms
 //   it.getObject(ips, HNKReaderListT<int, HNKIPAddress::Reader>(2047, HNK_READER_ABSENCE_OK));
 //   it.putObject(ips, HNKWriterListOf(HNKIPAddress::Writer(), 2047));
-//   // string-tag items: HNKReaderListT<std::string, Row::Reader>("vm_memory", ...),
-//   //                   HNKWriterListOf(Row::Writer(), std::string("vm_memory"))
+//   // string-tag items: HNKReaderListT<std::string, Row::Reader>("vm_memory", HNK_READER_ABSENCE_OK),
+//   //                   HNKWriterListOf(Row::Writer(), "vm_memory")
+//   // polymorphic lists: HNKReaderDerivedList / HNKWriterDerivedList (HNKDerivedParserFactory.h)
 #include "HNKAssert.h"
 #include "HNKMessageIterator.h"
 #include "HNKWriterBase.h"

@@ -212,6 +212,21 @@ TEST(HNKMessageIteratorTest, IdZeroAndEmptyTagAddressTheCurrentElement)
     EXPECT_EQ("<r><a>bye</a></r>", it.toXML());
 }
 
+TEST(HNKMessageIteratorTest, TextSplitByCdataOrChildrenReadsWholeAndPutReplacesAll)
+{
+    HNKMessageIterator it = parsed("<r><a>x<![CDATA[<y>]]>z</a><b>1<i/>2</b></r>");
+    std::string s;
+    int n = 0;
+    EXPECT_EQ(0, it.getValue("a", s));
+    EXPECT_EQ("x<y>z", s);
+    EXPECT_EQ(0, it.getValue("b", n));
+    EXPECT_EQ(12, n);
+    ASSERT_EQ(0, it.putValue("b", 7));
+    EXPECT_EQ(0, it.getValue("b", n));
+    EXPECT_EQ(7, n);
+    EXPECT_EQ("<r><a>x<![CDATA[<y>]]>z</a><b>7<i/></b></r>", it.toXML());
+}
+
 TEST(HNKMessageIteratorTest, PutValueReplacesTheTextOfAnExistingChild)
 {
     HNKMessageIterator it("r");
@@ -690,6 +705,63 @@ TEST(HNKMessageIteratorTest, AppendChildrenCopyIntoOwnSubtreeTerminates)
     HNKMessageIterator invalid;
     EXPECT_NE(0, it.appendChildrenCopy(invalid));
     EXPECT_NE(0, invalid.appendChildrenCopy(it));
+}
+
+TEST(HNKMessageIteratorTest, WalksChildElementsWhateverTheirNames)
+{
+    HNKMessageIterator it;
+    ASSERT_EQ(0, it.fromXML("<r>text<a/><!-- c --><p:b xmlns:p='urn:x'/>tail<c>1</c></r>"));
+    std::string names;
+    ASSERT_EQ(0, it.firstChild());
+    do
+        names += std::string(it.currentName()) + ",";
+    while (it.nextSibling() == 0);
+    EXPECT_EQ("a,b,c,", names);
+    EXPECT_STREQ("c", it.currentName()); // stays on the last one
+    it.ascend();
+    HNKMessageIterator empty("e");
+    EXPECT_NE(0, empty.firstChild());
+    EXPECT_STREQ("e", empty.currentName());
+    EXPECT_NE(0, HNKMessageIterator().firstChild());
+}
+
+TEST(HNKMessageIteratorTest, AppendCopyDeclaresOnlyMissingBindingsAndKeepsTypes)
+{
+    HNKMessageIterator src;
+    ASSERT_EQ(0, src.fromXML("<r xmlns:t='urn:t' xmlns:u='urn:u' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
+                             "<d xsi:type='t:dev'><n>1</n></d></r>"));
+    ASSERT_EQ(0, src.descend("d"));
+    HNKMessageIterator dst;
+    ASSERT_EQ(0, dst.fromXML("<out xmlns:t='urn:t' xmlns='urn:default'/>"));
+    ASSERT_EQ(0, dst.appendCopy(src));
+    ASSERT_EQ(0, dst.appendCopy(src));
+    EXPECT_STREQ("out", dst.currentName()); // the cursor does not move
+    std::string xml = dst.toXML();
+    EXPECT_EQ("", xmllintProblems(xml)) << xml;
+    EXPECT_EQ(std::string::npos, xml.find("xmlns:t='urn:t' xmlns:t")) << xml;
+    ASSERT_EQ(0, dst.descend("d"));
+    EXPECT_EQ("urn:t:dev", dst.getTypeName());
+    int n = 0;
+    EXPECT_EQ(0, dst.getValue("n", n));
+    EXPECT_EQ(1, n);
+    // Bound to t in scope at the target already: declared only once, on <out>.
+    size_t first = xml.find("\"urn:t\"");
+    EXPECT_EQ(std::string::npos, xml.find("\"urn:t\"", first + 1)) << xml;
+    // The copy must not fall into the target's default namespace.
+    EXPECT_NE(std::string::npos, xml.find("xmlns=\"\"")) << xml;
+}
+
+TEST(HNKMessageIteratorTest, AppendCopyRefusesItsOwnAncestorsAndInvalidCursors)
+{
+    HNKMessageIterator it("r");
+    ASSERT_EQ(0, it.createChild("a"));
+    HNKMessageIterator parent = it.root();
+    EXPECT_NE(0, it.appendCopy(parent));
+    EXPECT_NE(0, it.appendCopy(it));
+    EXPECT_NE(0, it.appendCopy(HNKMessageIterator()));
+    EXPECT_NE(0, HNKMessageIterator().appendCopy(it));
+    EXPECT_EQ(0, parent.appendCopy(it)); // a child into its parent is fine
+    EXPECT_EQ("<r><a/><a/></r>", parent.toXML());
 }
 
 } // namespace
