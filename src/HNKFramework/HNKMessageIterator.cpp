@@ -8,6 +8,7 @@
 #include <pugixml.hpp>
 
 #include <charconv>
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <string_view>
@@ -1025,6 +1026,43 @@ bool isSameOrAncestor(xml_node ancestor, xml_node n)
     return false;
 }
 
+// Prefixes a subtree names (element and attribute names, xsi:type values):
+// the bindings a copy of it needs. Walks without recursion.
+std::vector<std::string> prefixesUsed(xml_node top)
+{
+    std::vector<std::string> used;
+    auto note = [&used](const char* qname, size_t length) {
+        const char* colon = static_cast<const char*>(std::memchr(qname, ':', length));
+        if (!colon)
+            return;
+        std::string prefix(qname, static_cast<size_t>(colon - qname));
+        if (prefix != "xmlns" && std::find(used.begin(), used.end(), prefix) == used.end())
+            used.push_back(prefix);
+    };
+    xml_node n = top;
+    while (n) {
+        if (n.type() == pugi::node_element) {
+            note(n.name(), std::strlen(n.name()));
+            for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute())
+                note(a.name(), std::strlen(a.name()));
+            if (xml_attribute t = findXsiType(n)) {
+                std::string_view v = trimBlanks(t.value());
+                note(v.data(), v.size());
+            }
+        }
+        if (n.type() == pugi::node_element && n.first_child()) {
+            n = n.first_child();
+            continue;
+        }
+        while (n && n != top && !n.next_sibling())
+            n = n.parent();
+        if (!n || n == top)
+            break;
+        n = n.next_sibling();
+    }
+    return used;
+}
+
 } // namespace
 
 HNKMessageIterator HNKMessageIterator::cloneSubtree() const
@@ -1051,7 +1089,10 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source)
     if (doc_ == source.doc_ && isSameOrAncestor(from, to))
         return -1;
     xml_node copy = to.append_copy(from);
+    const std::vector<std::string> used = prefixesUsed(from);
     for (const auto& b : bindingsInScope(from.parent())) {
+        if (b.first[5] == ':' && std::find(used.begin(), used.end(), b.first + 6) == used.end())
+            continue; // a binding the copy never names
         const char* here = resolveDeclName(to, b.first);
         if ((!here || std::strcmp(here, b.second) != 0) && !copy.attribute(b.first))
             copy.append_attribute(b.first).set_value(b.second);

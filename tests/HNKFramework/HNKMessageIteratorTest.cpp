@@ -747,6 +747,7 @@ TEST(HNKMessageIteratorTest, AppendCopyDeclaresOnlyMissingBindingsAndKeepsTypes)
     // Bound to t in scope at the target already: declared only once, on <out>.
     size_t first = xml.find("\"urn:t\"");
     EXPECT_EQ(std::string::npos, xml.find("\"urn:t\"", first + 1)) << xml;
+    EXPECT_EQ(std::string::npos, xml.find("urn:u")) << "a binding the copy never names is not declared";
     // The copy must not fall into the target's default namespace.
     EXPECT_NE(std::string::npos, xml.find("xmlns=\"\"")) << xml;
 }

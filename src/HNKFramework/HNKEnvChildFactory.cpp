@@ -1,0 +1,3 @@
+#include "HNKEnvChildFactory.h"
+
+HNKEnvChildFactory::~HNKEnvChildFactory() {}

@@ -1,0 +1,163 @@
+#include "HNKEnvConfig.h"
+
+#include "HNKCompare.h"
+#include "HNKDefaultMap.h"
+#include "HNKEnvCoreBasic.h"
+#include "HNKSerialization.h"
+
+#include <algorithm>
+#include <climits>
+#include <vector>
+
+HNK_INSTANTIATE_FACTORY_REGISTRY(HNKEnvConfig);
+
+namespace {
+
+const char kRootName[] = "venv_config";
+
+HNKMessageIterator copyOf(const HNKMessageIterator& msg)
+{
+    return msg.isValid() ? msg.root().cloneSubtree() : HNKMessageIterator();
+}
+
+// A setting as an optional value: specified exactly when it could be read.
+template <class T, class Getter>
+HNKOptionalProperty<T> optionalOf(const HNKEnvConfig& config, Getter getter)
+{
+    HNKOptionalProperty<T> p;
+    T value = T();
+    if ((config.*getter)(value) == 0)
+        p.set(value);
+    return p;
+}
+
+template <class T>
+int compareSetting(const HNKEnvConfig& a, const HNKEnvConfig& b, int (HNKEnvConfig::*getter)(T&) const)
+{
+    return compare(optionalOf<T>(a, getter), optionalOf<T>(b, getter));
+}
+
+} // namespace
+
+HNKEnvConfig::HNKEnvConfig() {}
+
+HNKEnvConfig::HNKEnvConfig(const HNKMessageIterator* msg)
+{
+    if (msg && msg->isValid())
+        msg_ = msg->cloneSubtree();
+}
+
+HNKEnvConfig::HNKEnvConfig(boost::shared_ptr<HNKEnvCoreBasic> core) : core_(core) {}
+
+HNKEnvConfig::HNKEnvConfig(const HNKEnvConfig& other)
+    : boost::enable_shared_from_this<HNKEnvConfig>(), msg_(copyOf(other.msg_)), core_(other.core_)
+{
+}
+
+HNKEnvConfig& HNKEnvConfig::operator=(const HNKEnvConfig& other)
+{
+    if (this != &other) {
+        msg_ = copyOf(other.msg_);
+        core_ = other.core_;
+    }
+    return *this;
+}
+
+HNKEnvConfig::~HNKEnvConfig() {}
+
+void HNKEnvConfig::initMsg()
+{
+    if (!msg_.isValid())
+        msg_ = HNKMessageIterator(kRootName);
+}
+
+int HNKEnvConfig::getPositionOfTheTag(const std::string&) const { return -1; }
+
+int HNKEnvConfig::getName(HNKOptionalProperty<std::string>& name) const
+{
+    if (!hasMsg())
+        return -1;
+    std::string value;
+    if (msg_.getValue("name", value) == 0)
+        name.set(value);
+    return 0;
+}
+
+int HNKEnvConfig::setName(const HNKOptionalProperty<std::string>& name)
+{
+    if (!name.isSpecified()) {
+        if (hasMsg())
+            msg_.removeChild("name");
+        return 0;
+    }
+    return putElement(name.get(), "name");
+}
+
+int HNKEnvConfig::getDisabled(bool& value) const { return getElement(value, "disabled"); }
+int HNKEnvConfig::setDisabled(bool value) { return putElement(value, "disabled"); }
+int HNKEnvConfig::getCPUHvt(bool& value) const { return getElement(value, "cpu_hvt"); }
+int HNKEnvConfig::setCPUHvt(bool value) { return putElement(value, "cpu_hvt"); }
+int HNKEnvConfig::getVtdSupported(bool& value) const { return getElement(value, "vtd_supported"); }
+int HNKEnvConfig::setVtdSupported(bool value) { return putElement(value, "vtd_supported"); }
+int HNKEnvConfig::getPsPort(int& value) const { return getElement(value, "ps_port"); }
+int HNKEnvConfig::setPsPort(int value) { return putElement(value, "ps_port"); }
+int HNKEnvConfig::getScreenWidth(int& value) const { return getElement(value, "screen_width"); }
+int HNKEnvConfig::setScreenWidth(int value) { return putElement(value, "screen_width"); }
+int HNKEnvConfig::getScreenHeight(int& value) const { return getElement(value, "screen_height"); }
+int HNKEnvConfig::setScreenHeight(int value) { return putElement(value, "screen_height"); }
+int HNKEnvConfig::getScreenDepth(int& value) const { return getElement(value, "screen_depth"); }
+int HNKEnvConfig::setScreenDepth(int value) { return putElement(value, "screen_depth"); }
+
+int HNKEnvConfig::compare(const HNKEnvConfig& other) const
+{
+    HNKOptionalProperty<std::string> name, otherName;
+    getName(name);
+    other.getName(otherName);
+    int c;
+    if ((c = ::compare(name, otherName)) != 0) return c;
+    if ((c = compareSetting(*this, other, &HNKEnvConfig::getDisabled)) != 0) return c;
+    if ((c = compareSetting(*this, other, &HNKEnvConfig::getCPUHvt)) != 0) return c;
+    if ((c = compareSetting(*this, other, &HNKEnvConfig::getVtdSupported)) != 0) return c;
+    if ((c = compareSetting(*this, other, &HNKEnvConfig::getPsPort)) != 0) return c;
+    if ((c = compareSetting(*this, other, &HNKEnvConfig::getScreenWidth)) != 0) return c;
+    if ((c = compareSetting(*this, other, &HNKEnvConfig::getScreenHeight)) != 0) return c;
+    return compareSetting(*this, other, &HNKEnvConfig::getScreenDepth);
+}
+
+int HNKEnvConfig::Reader::operator()(const HNKMessageIterator& it, HNKEnvConfig& config) const
+{
+    if (!it.isValid())
+        return -1;
+    config.msg_ = it.cloneSubtree();
+    return 0;
+}
+
+unsigned HNKEnvConfig::Writer::getNSID() { return HNK_NS_TYPES; }
+unsigned HNKEnvConfig::Writer::getTypeID() { return HNK_TYPE_ENV_CONFIG; }
+
+int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig& config) const
+{
+    const HNKMessageIterator* msg = config.getMsg();
+    if (!msg)
+        return 0;
+    struct Child {
+        int position;
+        HNKMessageIterator at;
+    };
+    std::vector<Child> children;
+    HNKMessageIterator walk = msg->root();
+    if (walk.firstChild() == 0) {
+        do {
+            int position = config.getPositionOfTheTag(walk.currentName());
+            children.push_back(Child{position < 0 ? INT_MAX : position, walk});
+        } while (walk.nextSibling() == 0);
+    }
+    std::stable_sort(children.begin(), children.end(),
+                     [](const Child& a, const Child& b) { return a.position < b.position; });
+    for (const Child& child : children)
+        if (it.appendCopy(child.at) != 0)
+            return -1;
+    return 0;
+}
+
+HNKEnvConfigFactory factoryHNKEnvConfig(true);

@@ -1,0 +1,3 @@
+#include "HNKEnvCoreBasic.h"
+
+HNKEnvCoreBasic::~HNKEnvCoreBasic() {}
