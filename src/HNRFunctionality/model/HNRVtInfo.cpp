@@ -2,6 +2,7 @@
 
 #include "HNKMessageIterator.h"
 #include "frame/HNROptionalProperty.h"
+#include "model/HNREnvConfig.h"
 
 HNK_INSTANTIATE_FACTORY_REGISTRY(HNR::HNRGuestOSMemoryRequirements);
 
@@ -10,7 +11,6 @@ namespace HNR {
 namespace {
 const int kProductName = 1223;
 const int kProductVersion = 1278;
-const char kVmMemory[] = "vm_memory";
 } // namespace
 
 // ---- HNRGuestOSMemoryRequirements ----
@@ -99,7 +99,7 @@ int HNRVtSettings::Reader::operator()(const HNKMessageIterator& it, HNRVtSetting
     HNRGuestOSMemoryList& rows = settings.guestOSMemory_.value();
     rows.clear();
     int rowsStatus = it.getObject(rows, HNKReaderListT<std::string, HNRGuestOSMemoryRequirements::Reader>(
-                                            kVmMemory, HNK_READER_REQUIRED));
+                                            kVMMemoryTag, HNK_READER_REQUIRED));
     settings.guestOSMemory_.specify(rowsStatus == 0);
     return it.getObject(static_cast<HNKVtSettings&>(settings), HNKVtSettings::Reader(), std::string());
 }
@@ -136,7 +136,7 @@ int HNRVtSettings::Writer::operator()(HNKMessageIterator& it, const HNRVtSetting
         return -1;
     if (settings.guestOSMemory_.isSpecified() &&
         it.putObject(settings.guestOSMemory_.get(),
-                     HNKWriterListOf(HNRGuestOSMemoryRequirements::Writer(), std::string(kVmMemory))) != 0)
+                     HNKWriterListOf(HNRGuestOSMemoryRequirements::Writer(), std::string(kVMMemoryTag))) != 0)
         return -1;
     return it.putObject(static_cast<const HNKVtSettings&>(settings), HNKVtSettings::Writer(), std::string());
 }

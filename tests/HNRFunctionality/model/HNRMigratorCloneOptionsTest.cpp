@@ -16,9 +16,25 @@ using namespace HNR;
 namespace {
 
 typedef HNKDerivedParserFactory<HNKV2VMigrateOptions> MigrateFactory;
+typedef HNKDerivedParserFactory<HNKMigratorCloneOptions> CloneFactory;
 
 const std::string kRelocator = kRelocatorNamespace;
+const char kCloneBase[] = "<clone_target_folder>/c</clone_target_folder><clone_copy_mode>0</clone_copy_mode>";
 const char kMigrateBase[] = "<migrate_source_host>src</migrate_source_host><migrate_mode>2</migrate_mode>";
+
+std::string cloneXML(const std::string& body)
+{
+    return "<clone_options xmlns:rel='" + kRelocator +
+           "' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:type='rel:clone_optionsType'>" + body +
+           "</clone_options>";
+}
+
+boost::shared_ptr<HNREnvConfig> someConfiguration()
+{
+    boost::shared_ptr<HNREnvConfig> config(new HNREnvConfig(static_cast<const HNKMessageIterator*>(nullptr)));
+    config->setCPUCount(2);
+    return config;
+}
 
 void expectSameMigrate(const HNRV2VMigrateOptions& a, const HNRV2VMigrateOptions& b)
 {
@@ -32,6 +48,134 @@ void expectSameMigrate(const HNRV2VMigrateOptions& a, const HNRV2VMigrateOptions
     EXPECT_EQ(a.getSourceHost(), b.getSourceHost());
     EXPECT_EQ(a.getMode(), b.getMode());
 }
+
+// ---- Clone options ----
+
+TEST(HNRMigratorCloneOptionsTest, CloneSampleWithAFullConfigurationSurvivesTheRoundTrip)
+{
+    RoundTrip<HNKMigratorCloneOptions> trip = roundTripSample<HNKMigratorCloneOptions>("clone_optionsType.xml");
+    ASSERT_TRUE(trip.first && trip.second);
+    const HNRMigratorCloneOptions& a = dynamic_cast<const HNRMigratorCloneOptions&>(*trip.first);
+    const HNRMigratorCloneOptions& b = dynamic_cast<const HNRMigratorCloneOptions&>(*trip.second);
+    EXPECT_EQ("Build Box (clone 2)", a.getCloneName());
+    EXPECT_TRUE(a.getLinkedClone().isSpecified());
+    EXPECT_TRUE(a.getLinkedClone().get());
+    EXPECT_EQ("/var/vms/clones", a.getTargetFolder());
+    EXPECT_EQ(1, a.getCopyMode());
+    ASSERT_TRUE(a.getConfiguration());
+    int cpus = 0;
+    EXPECT_EQ(0, a.getConfiguration()->getCPUCount(cpus));
+    EXPECT_EQ(4, cpus);
+    HNKOptionalProperty<HNRVMDeviceList> devices;
+    ASSERT_EQ(0, a.getConfiguration()->getDevices(devices));
+    ASSERT_EQ(11u, devices.get().size());
+    EXPECT_EQ(typeid(HNRVMHardDiskDevice), typeid(*devices.get()[3]));
+    EXPECT_EQ(typeid(HNRVMNetworkDevice), typeid(*devices.get()[8]));
+
+    EXPECT_EQ(a.getCloneName(), b.getCloneName());
+    EXPECT_EQ(a.getLinkedClone().get(), b.getLinkedClone().get());
+    EXPECT_EQ(a.getTargetFolder(), b.getTargetFolder());
+    EXPECT_EQ(a.getCopyMode(), b.getCopyMode());
+    ASSERT_TRUE(b.getConfiguration());
+    // Every setting is present, so the configurations compare equal.
+    EXPECT_EQ(0, a.getConfiguration()->compare(*b.getConfiguration()));
+    HNKOptionalProperty<HNRVMDeviceList> devicesBack;
+    ASSERT_EQ(0, b.getConfiguration()->getDevices(devicesBack));
+    EXPECT_EQ(0, ::compare(devices.get(), devicesBack.get()));
+    // The configuration travels stamped with its own type.
+    HNKMessageIterator written = parsedMessage(trip.written);
+    ASSERT_EQ(0, written.descend("vm_configuration"));
+    EXPECT_EQ(std::string(kTypesNamespace) + ":venv_configType", written.getTypeName());
+}
+
+TEST(HNRMigratorCloneOptionsTest, CloneWithoutItsNameFailsBeforeTheBasePart)
+{
+    HNRMigratorCloneOptions o;
+    o.setTargetFolder("kept");
+    o.setConfiguration(someConfiguration());
+    EXPECT_EQ(-1, HNRMigratorCloneOptions::Reader()(
+                      parsedMessage(cloneXML(std::string("<linked_clone/>") + kCloneBase)), o));
+    EXPECT_EQ("kept", o.getTargetFolder());
+    EXPECT_TRUE(o.getConfiguration()); // nothing else was touched
+    EXPECT_FALSE(o.getLinkedClone().isSpecified());
+    boost::shared_ptr<HNKMigratorCloneOptions> poly;
+    EXPECT_EQ(-1, HNKReaderDerived<HNKMigratorCloneOptions>(false)(
+                      parsedMessage(cloneXML(std::string("<linked_clone/>") + kCloneBase)), poly));
+    EXPECT_FALSE(poly);
+}
+
+TEST(HNRMigratorCloneOptionsTest, CloneWithoutConfigurationReadsWithANullOne)
+{
+    HNRMigratorCloneOptions o;
+    o.setConfiguration(someConfiguration());
+    ASSERT_EQ(0, HNRMigratorCloneOptions::Reader()(
+                     parsedMessage(cloneXML(std::string("<clone_name>c</clone_name>") + kCloneBase)), o));
+    EXPECT_FALSE(o.getConfiguration());
+    EXPECT_EQ("c", o.getCloneName());
+    EXPECT_EQ("/c", o.getTargetFolder());
+}
+
+TEST(HNRMigratorCloneOptionsTest, CloneReadsIntoTheConfigurationItAlreadyHolds)
+{
+    HNRMigratorCloneOptions o;
+    boost::shared_ptr<HNREnvConfig> held = someConfiguration();
+    o.setConfiguration(held);
+    ASSERT_EQ(0, HNRMigratorCloneOptions::Reader()(
+                     parsedMessage(cloneXML(std::string("<clone_name>c</clone_name><vm_configuration>"
+                                                        "<cpu_count>8</cpu_count></vm_configuration>") +
+                                            kCloneBase)),
+                     o));
+    EXPECT_EQ(held, o.getConfiguration());
+    int cpus = 0;
+    EXPECT_EQ(0, held->getCPUCount(cpus));
+    EXPECT_EQ(8, cpus);
+}
+
+TEST(HNRMigratorCloneOptionsTest, CloneWithoutTheFlagElementReadsFalseAndWritesNone)
+{
+    HNRMigratorCloneOptions o;
+    ASSERT_EQ(0, HNRMigratorCloneOptions::Reader()(
+                     parsedMessage(cloneXML(std::string("<clone_name>c</clone_name>") + kCloneBase)), o));
+    EXPECT_TRUE(o.getLinkedClone().isSpecified());
+    EXPECT_FALSE(o.getLinkedClone().get());
+    HNKMessageIterator out("clone_options");
+    ASSERT_EQ(0, out.putObject(o, HNKWriterDerived<HNKMigratorCloneOptions>()));
+    EXPECT_FALSE(out.hasChild("linked_clone")) << out.toXML();
+    EXPECT_FALSE(out.hasChild("vm_configuration")) << out.toXML();
+    EXPECT_EQ(kRelocator + ":clone_optionsType", out.getTypeName());
+
+    o.setLinkedClone(true);
+    HNKMessageIterator out2("clone_options");
+    ASSERT_EQ(0, out2.putObject(o, HNRMigratorCloneOptions::Writer()));
+    std::string text = "x";
+    ASSERT_EQ(0, out2.getValue("linked_clone", text));
+    EXPECT_EQ("", text);
+}
+
+TEST(HNRMigratorCloneOptionsTest, CloneWriterFailsOnlyOnItsNameOrTheBasePart)
+{
+    HNRMigratorCloneOptions o;
+    o.setCloneName(std::string("\x01"));
+    HNKMessageIterator out("clone_options");
+    EXPECT_EQ(-1, out.putObject(o, HNRMigratorCloneOptions::Writer()));
+    EXPECT_FALSE(out.hasChild("clone_target_folder")); // stopped before the base part
+    o.setCloneName("c");
+    o.setTargetFolder(std::string("\x02"));
+    HNKMessageIterator out2("clone_options");
+    EXPECT_EQ(-1, out2.putObject(o, HNRMigratorCloneOptions::Writer()));
+}
+
+TEST(HNRMigratorCloneOptionsTest, CloneFactoryRegistersUnderTheRelocatorNamespace)
+{
+    EXPECT_EQ(&factoryHNRMigratorCloneOptions, CloneFactory::factories().at(kRelocator + ":clone_optionsType"));
+    EXPECT_EQ(nullptr, CloneFactory::defaultFactory());
+    HNKMigratorCloneOptions base;
+    HNKMessageIterator out("c");
+    ASSERT_EQ(0, out.putObject(base, HNKMigratorCloneOptions::Writer()));
+    EXPECT_EQ(std::string(HNKDefaultMap::findNSID(294)) + ":" + HNKDefaultMap::findTypeID(275), out.getTypeName());
+}
+
+// ---- Migrate options ----
 
 TEST(HNRMigratorCloneOptionsTest, MigrateSampleSurvivesTheRoundTrip)
 {
