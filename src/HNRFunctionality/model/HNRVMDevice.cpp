@@ -422,3 +422,10 @@ HNRVMDeviceFactoryT<HNRVMSoundDevice> factoryHNRVMSoundDevice(false);
 HNRVMDeviceFactoryT<HNRVMUSBDevice> factoryHNRVMUSBDevice(false);
 
 } // namespace HNR
+
+// For tools and load checks that reach the module through dlsym: how many
+// entries of the device registry carry this XML type key.
+extern "C" __attribute__((visibility("default"))) size_t hnrVMDeviceTypeKeyCount(const char* key)
+{
+    return key ? HNKDerivedParserFactory<HNR::HNRVMDevice>::factories().count(key) : 0;
+}
