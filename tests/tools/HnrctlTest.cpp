@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
 
 using namespace HNRTest;
@@ -424,4 +425,33 @@ TEST(HnrctlBinaryTest, PasswordFromTheEnvironmentFeedsTheUrl)
 
     run = runBinary({"share", "url", "--with-credentials", "-U", "u", "\\\\srv\\bak"}, {{"HNR_SMB_PASSWORD", ""}});
     EXPECT_EQ(2, run.status);
+}
+
+// Every sample message of tests/data reads through some registry, writes
+// back, and the written text reads again to the same listing.
+TEST(HnrctlTest, EverySampleMessageReadsWritesAndReadsBackTheSame)
+{
+    std::set<std::string> registriesSeen;
+    int files = 0;
+    for (const boost::filesystem::directory_entry& e : boost::filesystem::directory_iterator(HNR_TEST_DATA_DIR)) {
+        if (e.path().extension() != ".xml")
+            continue;
+        ++files;
+        SCOPED_TRACE(e.path().string());
+        HnrctlRun first = runInProcess({"message", "read", "--write", e.path().string()});
+        ASSERT_EQ(0, first.status) << first.err;
+        size_t marker = first.out.find("\nwritten back through ");
+        ASSERT_NE(std::string::npos, marker);
+        std::string listing = first.out.substr(0, marker);
+        std::string written = first.out.substr(first.out.find('\n', marker + 1) + 1);
+        HnrctlRun again = runInProcess({"message", "read", "-"}, nullptr, written);
+        ASSERT_EQ(0, again.status) << again.err << written;
+        EXPECT_EQ(listing, again.out);
+        registriesSeen.insert(listing.substr(listing.find("registry:  ") + 11,
+                                             listing.find('\n', listing.find("registry:  ")) -
+                                                 listing.find("registry:  ") - 11));
+    }
+    EXPECT_GE(files, 20);
+    // Every registry but the VM device and environment ones has a sample file.
+    EXPECT_EQ(hnrctl::registryTitles().size() - 2, registriesSeen.size());
 }

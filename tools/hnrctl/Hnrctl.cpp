@@ -6,6 +6,7 @@
 
 #include "Logger.h"
 
+#include <cctype>
 #include <cstdint>
 #include <iostream>
 
@@ -54,14 +55,14 @@ const std::vector<HnrctlCommand>& commands()
          {}, 1, 1, runMessageCheck},
         {"message", "read", "FILE|-", "read the root record through the parser-factory registries",
          "Reads the root element of the message as a record: its xsi:type is looked up\n"
-         "in every registry of the module (VM devices, VM and environment\n"
-         "configurations, environments and whatever else is registered) and the factory\n"
-         "found creates the record. Prints the registry, the C++ class and the record's\n"
+         "in every registry of the module (VM configurations, VM devices, environments,\n"
+         "host devices, network devices and services, virtualization info and settings,\n"
+         "guest OS memory, clone, migration and backup options) and the factory found\n"
+         "creates the record. Prints the registry, the C++ class and the record's\n"
          "fields; a VM configuration shows every setting and a table of its devices.\n"
-         "Secrets (passwords) are shown as '(hidden)' in the field listing.\n",
-         {{nullptr, "--write", nullptr,
-           "then write the record back through its factory and print the XML (as\n"
-           "                        written, secrets included)"}},
+         "Secrets (passwords) are shown as '(hidden)' in the field listing; the XML of\n"
+         "--write is the message as written, secrets included.\n",
+         {{nullptr, "--write", nullptr, "then write it back through its factory and print the XML"}},
          1, 1, runMessageRead},
         {"share", "check", "PATH", "check that a share (or with --file, a path in it) answers",
          "Runs a listing on the share of PATH; with --file, on PATH itself.\n",
@@ -173,8 +174,10 @@ void printGroupHelp(std::ostream& out, const std::string& group)
 
 void printCommandHelp(std::ostream& out, const HnrctlCommand& c)
 {
+    std::string summary = c.summary;
+    summary[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(summary[0])));
     out << "Usage: hnrctl " << c.group << " " << c.name << " [options] " << c.operands << "\n\n"
-        << c.summary << ".\n\n"
+        << summary << ".\n\n"
         << c.details;
     if (isShareCommand(c) && std::string(c.name) != "unc" && std::string(c.name) != "url")
         out << "\n" << kShareIntro;

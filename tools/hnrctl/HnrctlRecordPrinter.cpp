@@ -1,12 +1,24 @@
 #include "HnrctlRecordPrinter.h"
 
-#include "model/HNREnvConfig.h"
-#include "model/HNRVMDevice.h"
 #include "frame/HNREnvFactory.h"
+#include "model/HNRBackupOptions.h"
+#include "model/HNRCommonDevice.h"
+#include "model/HNREnvConfig.h"
+#include "model/HNRMigratorCloneOptions.h"
+#include "model/HNRNetNIC.h"
+#include "model/HNRVMDevice.h"
+#include "model/HNRVtInfo.h"
 
+#include "HNKBackupOptions.h"
+#include "HNKCommonDevice.h"
 #include "HNKDerivedParserFactory.h"
 #include "HNKEnv.h"
 #include "HNKEnvConfig.h"
+#include "HNKMigratorCloneOptions.h"
+#include "HNKNetDevice.h"
+#include "HNKV2VMigrateOptions.h"
+#include "HNKVtInfo.h"
+#include "HNKVtSettings.h"
 #include "HNKErrorMessage.h"
 #include "HNKMessageIterator.h"
 #include "HNKSerialization.h"
@@ -322,6 +334,19 @@ const std::vector<Registry>& registries()
                              out << "config:    " << demangle(typeid(*env->getConfig()).name()) << "\n";
                              printConfiguration(out, env->getConfig(), "  ");
                          }),
+        registry<HNKCommonDevice>("host device (HNKCommonDevice)", printGeneric<HNKCommonDevice>),
+        registry<HNKNetDevice>("network device (HNKNetDevice)", printGeneric<HNKNetDevice>),
+        registry<HNRNetworkServiceInfo>("network service (HNRNetworkServiceInfo)",
+                                        printGeneric<HNRNetworkServiceInfo>),
+        registry<HNKVtInfo>("virtualization info (HNKVtInfo)", printGeneric<HNKVtInfo>),
+        registry<HNKVtSettings>("virtualization settings (HNKVtSettings)", printGeneric<HNKVtSettings>),
+        registry<HNRGuestOSMemoryRequirements>("guest OS memory (HNRGuestOSMemoryRequirements)",
+                                               printGeneric<HNRGuestOSMemoryRequirements>),
+        registry<HNKMigratorCloneOptions>("clone options (HNKMigratorCloneOptions)",
+                                          printGeneric<HNKMigratorCloneOptions>),
+        registry<HNKV2VMigrateOptions>("migration options (HNKV2VMigrateOptions)",
+                                       printGeneric<HNKV2VMigrateOptions>),
+        registry<HNKBackupOptions>("backup options (HNKBackupOptions)", printGeneric<HNKBackupOptions>),
     };
     return table;
 }
