@@ -845,3 +845,31 @@ TEST(HNKMessageIteratorTest, CharacterCheckFindsABadByteAtEveryOffset)
         }
     }
 }
+
+TEST(HNKMessageIteratorTest, LeadingTextOfParsedElementsReadsWritesAndCopiesLikeAnyText)
+{
+    HNKMessageIterator it = parsed("<r>lead<a>1</a>mid<b>x<i/>y</b>tail</r>");
+    std::string s;
+    EXPECT_EQ(0, it.getValue(0, s));
+    EXPECT_EQ("leadmidtail", s);
+    // Replacing a child's text leaves the text around that child alone.
+    ASSERT_EQ(0, it.putValue("a", 5));
+    ASSERT_EQ(0, it.putValue("b", "z"));
+    EXPECT_EQ(0, it.getValue(0, s));
+    EXPECT_EQ("leadmidtail", s);
+    EXPECT_EQ("<r>lead<a>5</a>mid<b>z<i/></b>tail</r>", it.toXML());
+    ASSERT_EQ(0, it.putValue(0, "all"));
+    EXPECT_EQ("<r>all<a>5</a><b>z<i/></b></r>", it.toXML());
+
+    // Copying the children of an element copies its leading text too.
+    HNKMessageIterator from = parsed("<s>lead<c>1</c>tail</s>");
+    HNKMessageIterator to("t");
+    ASSERT_EQ(0, to.appendChildrenCopy(from));
+    EXPECT_EQ("<t>lead<c>1</c>tail</t>", to.toXML());
+    EXPECT_EQ(0, to.getValue(0, s));
+    EXPECT_EQ("leadtail", s);
+    HNKMessageIterator whole("t");
+    ASSERT_EQ(0, whole.appendCopy(from));
+    EXPECT_EQ("<t><s>lead<c>1</c>tail</s></t>", whole.toXML());
+    EXPECT_EQ("<s>lead<c>1</c>tail</s>", from.cloneSubtree().toXML());
+}
