@@ -408,10 +408,12 @@ int HWExec::start(const std::vector<std::string>& argv, int flags)
     return impl_->spawn(argv, flags);
 }
 
-std::string HWExec::getsWTimeout(int timeoutSeconds, int* finished)
+std::string HWExec::getsWTimeout(int timeoutQuarters, int* finished)
 {
     Impl& d = *impl_;
-    Clock::time_point deadline = Clock::now() + std::chrono::seconds(timeoutSeconds < 0 ? 0 : timeoutSeconds);
+    Clock::time_point deadline =
+        Clock::now() + std::chrono::milliseconds(static_cast<long long>(timeoutQuarters < 0 ? 0 : timeoutQuarters) *
+                                                 kGetsUnitMs);
     for (;;) {
         if (!d.lines.empty()) {
             std::string line = std::move(d.lines.front());

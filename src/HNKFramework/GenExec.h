@@ -43,6 +43,9 @@
 
 class GenExec {
 public:
+    // Length of one time-out unit of getsWTimeout(), in milliseconds.
+    static constexpr int kGetsUnitMs = 250;
+
     enum Output { OUTPUT_ALL = 2, OUTPUT_STDOUT = 4, OUTPUT_STDERR = 6 };
     enum Flags { REPORT_STDOUT = 2, QUIET_STDERR = 4 };
 
@@ -61,10 +64,12 @@ public:
 
     // Starts argv in the background. 0 on success.
     virtual int start(const std::vector<std::string>& argv, int flags) = 0;
-    // Waits up to timeoutSeconds for one reported line and returns it without
-    // its line break; returns "" when none came in time. Clears *finished
-    // (and returns "") once the child has ended and its output is drained.
-    virtual std::string getsWTimeout(int timeoutSeconds, int* finished) = 0;
+    // Waits up to timeoutQuarters quarter-seconds (6 is 1.5 s) for one
+    // reported line and returns it without its line break; returns "" when
+    // none came in time. Clears *finished (and returns "") once the child has
+    // ended and its output is drained. Quarter-seconds, so that a transfer
+    // polling with 6 units can report progress well within 2 s.
+    virtual std::string getsWTimeout(int timeoutQuarters, int* finished) = 0;
     // Waits for the started child and reaps it. 0 when it exited with status 0.
     virtual int wait() = 0;
 };
@@ -81,7 +86,7 @@ public:
     int execWithOutputError(const std::vector<std::string>& argv, int flags, int timeoutMs) override;
     std::string getOutput(int selector) const override;
     int start(const std::vector<std::string>& argv, int flags) override;
-    std::string getsWTimeout(int timeoutSeconds, int* finished) override;
+    std::string getsWTimeout(int timeoutQuarters, int* finished) override;
     int wait() override;
 
     // Exit status of the last finished child: 0..255, 128+N after signal N,

@@ -19,7 +19,7 @@ std::vector<std::string> drainLines(HWExec& exec)
     auto start = std::chrono::steady_clock::now();
     while (finished && std::chrono::steady_clock::now() - start < std::chrono::seconds(60)) {
         std::string line = exec.getsWTimeout(6, &finished);
-        if (finished)
+        if (finished && !line.empty()) // "" is a pass without a line
             lines.push_back(line);
     }
     return lines;

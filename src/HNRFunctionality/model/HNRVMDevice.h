@@ -186,3 +186,7 @@ extern HNRVMDeviceFactoryT<HNRVMUSBDevice> factoryHNRVMUSBDevice;
 
 // The device registry lives in libHNRFunctionality.
 HNK_DECLARE_FACTORY_REGISTRY(HNR::HNRVMDevice);
+
+// Entries of the device registry under this XML type key (0 or 1); a C
+// symbol so that a program holding the module through dlopen can ask.
+extern "C" size_t hnrVMDeviceTypeKeyCount(const char* key);

@@ -1,15 +1,71 @@
 #pragma once
 // Client of SMB/CIFS network shares.
+#include <cstdint>
 #include <string>
+#include <vector>
 
+#include "fsutil/HNRAutoDirectory.h"
 #include "share/HNRShareParams.h"
 
 namespace HNR {
 
+// A connection mounts a share under a local directory for as long as it
+// lives (mount.cifs); the static operations reach a share without a mount by
+// running smbclient scripts. Every operation returns false after
+// setErrorMessage() and a "[operation] message" log line; none throws.
 class HNRShareConnection {
 public:
+    // Receives the progress of putFiles and getFiles.
+    class Progress {
+    public:
+        explicit Progress(int period = 1) : period(period) {}
+        // Percentage done: never lower than the last one, and 100.0 only once,
+        // after the transfer succeeded.
+        virtual void setProgress(double percent) = 0;
+        virtual ~Progress() = default;
+
+        // Polling passes (1.5 s each at most) between two progress
+        // computations; below 1 counts as 1.
+        int period;
+    };
+
+    HNRShareConnection() = default;
+    // Unmounts what this object mounted, then removes its mount point.
+    ~HNRShareConnection();
     HNRShareConnection(const HNRShareConnection&) = delete;
     HNRShareConnection& operator=(const HNRShareConnection&) = delete;
+
+    // Disconnects, then mounts the share of params.path under a free mount
+    // point (getTempDir() + "mnt0" .. "mnt99"), or reuses the directory where
+    // it is already mounted; true when params.path exists inside it.
+    bool connect(const HNRShareParams& params);
+    // Unmounts the share if this object mounted it; on failure stays connected.
+    bool disconnect();
+    // Canonical path of the connected share ("//srv/share"); empty when not connected.
+    const std::string& getSharePath() const { return m_sharePath; }
+    // Local directory where the share is mounted.
+    const std::string& getConnectedSharePath() const { return m_connectedSharePath; }
+    bool isConnected() const { return !m_sharePath.empty(); }
+    void clearPaths();
+
+    // True when the share of params.path answers a listing.
+    static bool check(const HNRShareParams& params);
+    // True when the file or folder params.path answers a listing.
+    static bool checkFile(const HNRShareParams& params);
+    // Uploads local files and trees into the folder params.path. keepTopDirs:
+    // a listed folder arrives as a folder; otherwise only its contents do.
+    static bool putFiles(const std::vector<std::string>& files, const HNRShareParams& params, bool keepTopDirs,
+                         Progress* progress);
+    // Downloads files and trees named relative to params.path into localDir,
+    // after checking that localDir has room for all of them.
+    static bool getFiles(const std::vector<std::string>& files, const HNRShareParams& params,
+                         const std::string& localDir, bool keepTopDirs, Progress* progress);
+    // Creates dir (relative to params.path); its parent must exist.
+    static bool createDir(const std::string& dir, const HNRShareParams& params);
+    // Removes dir (relative to params.path) with everything in it.
+    static bool removeDir(const std::string& dir, const HNRShareParams& params);
+    // total := bytes of the files and trees (relative to params.path).
+    static bool size(const std::vector<std::string>& files, const HNRShareParams& params, std::uint64_t& total);
 
     // Share path forms: UNC ("\\srv\share\dir"), canonical ("//srv/share/dir")
     // and URL ("smb://" + optional Base64 credentials + "srv/share/dir").
@@ -31,6 +87,12 @@ public:
     static std::string combinePath(const std::string& dir, const std::string& name);
     // Canonical slash form of s; empty when s holds nothing but separators.
     static std::string canonizePath(const std::string& s);
+
+private:
+    std::string m_sharePath;
+    std::string m_connectedSharePath;
+    // Set only when this object mounted the share itself.
+    HNRAutoDirectory m_mountPoint;
 };
 
 } // namespace HNR
