@@ -32,6 +32,31 @@ const HNKElementDictionary::Entry kEntries[] = {
     {1962, "target_path"},
     {1704, "operation_flags"},
     {2035, "bandwidth_limit"},
+    // framework base records: host device, virtualization, network, options
+    {3001, "device_name"},
+    {3002, "device_description"},
+    {3011, "vt_layer_type"},
+    {3012, "max_running_vms"},
+    {3021, "settings_revision"},
+    {3022, "server_name"},
+    {3031, "net_device_name"},
+    {3032, "mac_address"},
+    {3033, "nic_enabled"},
+    {3041, "clone_target_folder"},
+    {3042, "clone_copy_mode"},
+    {3051, "migrate_source_host"},
+    {3052, "migrate_mode"},
+    {3061, "backup_description"},
+    {3062, "backup_archive_name"},
+    {3063, "backup_disks"},                  // wrapper of the disk list
+    {3064, "disk_id"},                       // item of the disk list
+    {3065, "exclude_list"},
+    {3066, "exclude_pattern"},               // item of an exclude list
+    {3067, "ds_location"},                   // optional storage location
+    {3068, "ds_path"},
+    {3069, "auth_name"},
+    {3070, "auth_user"},
+    {3071, "auth_domain"},
 };
 
 struct Table {

@@ -1,5 +1,7 @@
 #include "HNKGUID.h"
 
+#include "HNKMessageIterator.h"
+
 namespace {
 
 // Positions of the dashes in the 36-character canonical form.
@@ -57,4 +59,14 @@ bool HNKGUID::fromString(const std::string& text) {
     high_ = static_cast<int64_t>(halves[0]);
     low_ = static_cast<int64_t>(halves[1]);
     return true;
+}
+
+int HNKGUID::Reader::operator()(const HNKMessageIterator& it, HNKGUID& guid) const {
+    std::string text;
+    if (it.getValue(0, text) != 0) return -1;
+    return guid.fromString(text) ? 0 : -1;
+}
+
+int HNKGUID::Writer::operator()(HNKMessageIterator& it, const HNKGUID& guid) const {
+    return it.putValue(0, guid.toString()) == 0 ? 0 : -1;
 }

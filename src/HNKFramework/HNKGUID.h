@@ -1,7 +1,11 @@
 #pragma once
 // The framework's 128-bit globally unique identifier.
+#include "HNKWriterBase.h"
+
 #include <cstdint>
 #include <string>
+
+class HNKMessageIterator;
 
 class HNKGUID {
 public:
@@ -24,6 +28,18 @@ public:
     // Accepts the canonical form in either case; false on anything else,
     // with this GUID left unchanged.
     bool fromString(const std::string& text);
+
+    // The element's text in canonical form; -1 (GUID unchanged) when it is
+    // missing or malformed.
+    class Reader {
+    public:
+        int operator()(const HNKMessageIterator& it, HNKGUID& guid) const;
+    };
+    // Writes the canonical text as the element's value; stamps no type.
+    class Writer : public HNKWriterBase {
+    public:
+        int operator()(HNKMessageIterator& it, const HNKGUID& guid) const;
+    };
 
 private:
     int64_t high_ = 0;

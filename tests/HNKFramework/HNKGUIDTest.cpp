@@ -1,5 +1,7 @@
 #include "HNKGUID.h"
 
+#include "HNKMessageIterator.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -82,6 +84,26 @@ TEST(HNKGUIDTest, OrderFollowsTheText) {
             EXPECT_EQ(ordered[i] != ordered[j], i != j);
         }
     }
+}
+
+TEST(HNKGUIDTest, WriterPutsCanonicalTextAndReaderTakesItBack) {
+    HNKGUID guid(0x3f2504e04f8911d3LL, static_cast<int64_t>(0x9a0c0305e82c3301ULL));
+    HNKMessageIterator out("r");
+    ASSERT_EQ(0, out.putObject(guid, HNKGUID::Writer(), std::string("uuid")));
+    EXPECT_EQ("<r><uuid>3f2504e0-4f89-11d3-9a0c-0305e82c3301</uuid></r>", out.toXML());
+    HNKGUID back;
+    ASSERT_EQ(0, out.getObject(back, HNKGUID::Reader(), std::string("uuid")));
+    EXPECT_EQ(guid, back);
+}
+
+TEST(HNKGUIDTest, ReaderRefusesMissingOrMalformedTextAndKeepsTheValue) {
+    HNKMessageIterator it;
+    ASSERT_EQ(0, it.fromXML("<r><uuid>not-a-guid</uuid><empty/></r>"));
+    HNKGUID guid(1, 2);
+    EXPECT_EQ(-1, it.getObject(guid, HNKGUID::Reader(), std::string("uuid")));
+    EXPECT_EQ(-1, it.getObject(guid, HNKGUID::Reader(), std::string("empty")));
+    EXPECT_EQ(-1, it.getObject(guid, HNKGUID::Reader(), std::string("missing")));
+    EXPECT_EQ(HNKGUID(1, 2), guid);
 }
 
 } // namespace

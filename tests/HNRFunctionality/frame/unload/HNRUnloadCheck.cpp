@@ -1,19 +1,30 @@
 // Loading the module registers its VM record types and the "tessaline"
 // environment factory; unloading it leaves none of them behind, and loading
 // it again registers them again. This program links only the framework.
+#include "HNKBackupOptions.h"
+#include "HNKCommonDevice.h"
 #include "HNKDerivedParserFactory.h"
 #include "HNKEnv.h"
 #include "HNKEnvConfig.h"
 #include "HNKEnvFactory.h"
+#include "HNKMigratorCloneOptions.h"
+#include "HNKNetDevice.h"
+#include "HNKV2VMigrateOptions.h"
+#include "HNKVtInfo.h"
+#include "HNKVtSettings.h"
 
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace {
 
 const std::string kTypes = "http://www.tessaline.org/webservices/hnr/4.0.0/hnrtypes";
+const std::string kRelocator = "http://www.tessaline.org/webservices/hnr/4.0.0/hnrrelocator";
+const std::string kBackup = "http://www.tessaline.org/webservices/hnr/4.0.0/hnrbackupm";
 
 typedef HNKDerivedParserFactory<HNKEnvConfig> ConfigRegistry;
 typedef HNKDerivedParserFactory<HNKEnv> EnvRegistry;
@@ -61,6 +72,75 @@ TEST(HNRUnloadCheck, UnloadLeavesNoTypeKeyAndNoEnvFactoryAndLoadRegistersAgain)
         ASSERT_EQ(0, dlclose(h)) << dlerror();
         EXPECT_FALSE(moduleMapped()) << "the module was not unloaded";
         expectModuleRegistered(false);
+    }
+}
+
+// The rows of the module's factory table whose registries the framework
+// owns, beyond the configuration and environment above: host devices,
+// virtualization, network adapters and options. (The registries of the
+// module's own bases go away with the module.)
+struct FrameworkRow {
+    std::string key;
+    std::function<size_t(const std::string&)> count; // entries under the key
+    std::function<size_t()> classes;                 // entries by class
+};
+
+template <class Base>
+FrameworkRow frameworkRow(const std::string& ns, const char* type)
+{
+    typedef HNKDerivedParserFactory<Base> Registry;
+    return FrameworkRow{ns + ":" + type, [](const std::string& key) { return Registry::factories().count(key); },
+                        []() { return Registry::factoriesByType().size(); }};
+}
+
+std::vector<FrameworkRow> frameworkRows()
+{
+    return {
+        frameworkRow<HNKCommonDevice>(kTypes, "common_device"),
+        frameworkRow<HNKCommonDevice>(kTypes, "serial_port_device"),
+        frameworkRow<HNKCommonDevice>(kTypes, "parallel_port_device"),
+        frameworkRow<HNKCommonDevice>(kTypes, "hard_disk_device"),
+        frameworkRow<HNKCommonDevice>(kTypes, "optical_disk_device"),
+        frameworkRow<HNKCommonDevice>(kTypes, "floppy_disk_device"),
+        frameworkRow<HNKCommonDevice>(kTypes, "printer_device"),
+        frameworkRow<HNKCommonDevice>(kTypes, "sound_output_device"),
+        frameworkRow<HNKCommonDevice>(kTypes, "sound_mixer_device"),
+        frameworkRow<HNKVtSettings>(kTypes, "vt_settingsType"),
+        frameworkRow<HNKVtInfo>(kTypes, "vt_infoType"),
+        frameworkRow<HNKMigratorCloneOptions>(kRelocator, "clone_optionsType"),
+        frameworkRow<HNKV2VMigrateOptions>(kRelocator, "migrate_optionsType"),
+        frameworkRow<HNKNetDevice>(kTypes, "virtual_net_nic"),
+        frameworkRow<HNKNetDevice>(kTypes, "real_net_nic"),
+        frameworkRow<HNKBackupOptions>(kBackup, "backup_optionsType"),
+    };
+}
+
+void expectRecordsRegistered(bool registered)
+{
+    for (const FrameworkRow& row : frameworkRows())
+        EXPECT_EQ(registered ? 1u : 0u, row.count(row.key)) << row.key;
+    // No class of the module stays behind either (the framework registers
+    // none of its own in these registries).
+    EXPECT_EQ(registered ? 9u : 0u, HNKDerivedParserFactory<HNKCommonDevice>::factoriesByType().size());
+    EXPECT_EQ(registered ? 2u : 0u, HNKDerivedParserFactory<HNKNetDevice>::factoriesByType().size());
+    if (!registered) {
+        for (const FrameworkRow& row : frameworkRows())
+            EXPECT_EQ(0u, row.classes()) << row.key;
+    }
+}
+
+TEST(HNRUnloadCheck, RecordFactoriesInFrameworkRegistriesComeAndGoWithTheModule)
+{
+    ASSERT_FALSE(moduleMapped());
+    expectRecordsRegistered(false);
+    for (int round = 0; round < 2; ++round) {
+        SCOPED_TRACE(round);
+        void* h = dlopen(HNR_FUNCTIONALITY_LIB, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(nullptr, h) << dlerror();
+        expectRecordsRegistered(true);
+        ASSERT_EQ(0, dlclose(h)) << dlerror();
+        EXPECT_FALSE(moduleMapped()) << "the module was not unloaded";
+        expectRecordsRegistered(false);
     }
 }
 
