@@ -8,6 +8,7 @@
 #include <pugixml.hpp>
 
 #include <charconv>
+#include <cstdint>
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -72,6 +73,18 @@ ptrdiff_t findInvalidXmlChar(const char* text, size_t size)
     const unsigned char* s = reinterpret_cast<const unsigned char*>(text);
     size_t i = 0;
     while (i < size) {
+        // Messages are mostly printable ASCII, which needs no decoding: eight
+        // bytes at a time are let through when each is in 0x20..0x7F (a byte
+        // below 0x20 borrows into its top bit, a byte from 0x80 has it set).
+        const uint64_t kTopBits = 0x8080808080808080ull;
+        if (size - i >= 8) {
+            uint64_t word;
+            std::memcpy(&word, s + i, 8);
+            if ((((word - 0x2020202020202020ull) | word) & kTopBits) == 0) {
+                i += 8;
+                continue;
+            }
+        }
         unsigned char c = s[i];
         if (c < 0x80) {
             if (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
@@ -148,14 +161,22 @@ const char* findPrefixFor(xml_node el, const char* uri)
     return nullptr;
 }
 
-// Declares a fresh prefix for `uri` on `el`: `base`, else base1, base2, ...
-// the first not bound in scope, so no existing name changes its meaning.
+// Declares a fresh prefix for `uri` in scope at `el`: `base`, else base1,
+// base2, ... the first not bound in scope. The declaration goes on the
+// outermost element, so one declaration serves every later stamp in the
+// document (a list of devices declares the types namespace once, not once per
+// device). That changes no existing name: the prefix is bound nowhere from
+// `el` up to the root, and any use of it elsewhere sits under a declaration
+// of its own, which shadows this one.
 std::string declarePrefix(xml_node el, const std::string& base, const char* uri)
 {
     std::string candidate = base;
     for (unsigned n = 1; lookupPrefix(el, candidate.data(), candidate.size()); ++n)
         candidate = base + std::to_string(n);
-    el.append_attribute(("xmlns:" + candidate).c_str()).set_value(uri);
+    xml_node outermost = el;
+    while (outermost.parent().type() == pugi::node_element)
+        outermost = outermost.parent();
+    outermost.append_attribute(("xmlns:" + candidate).c_str()).set_value(uri);
     return candidate;
 }
 
@@ -278,13 +299,14 @@ bool splitQName(std::string_view qname, std::string_view& prefix, std::string_vi
     return !prefix.empty() && !local.empty() && local.find(':') == std::string_view::npos;
 }
 
-bool checkElementNames(xml_node el, const NamespaceScope& scope)
+bool checkElementNames(xml_node el, const NamespaceScope& scope, bool& prefixedName)
 {
     std::string_view prefix, local;
     if (!splitQName(el.name(), prefix, local)) {
         setErrorMessage("fromXML: invalid element name '%s' at byte offset %td", el.name(), el.offset_debug());
         return false;
     }
+    prefixedName = prefixedName || !prefix.empty();
     if (!prefix.empty() && !scope.resolve(prefix)) {
         setErrorMessage("fromXML: undeclared namespace prefix '%.*s' in element name '%s' at byte offset %td",
                         static_cast<int>(prefix.size()), prefix.data(), el.name(), el.offset_debug());
@@ -325,13 +347,15 @@ bool checkElementNames(xml_node el, const NamespaceScope& scope)
 }
 
 // Depth limit, node kinds and namespaces of the tree under `root`, walked
-// without recursion so no document can exhaust the stack.
-bool checkTree(xml_node root)
+// without recursion so no document can exhaust the stack. `prefixedNames`
+// tells whether any element name carries a prefix.
+bool checkTree(xml_node root, bool& prefixedNames)
 {
     NamespaceScope scope;
     xml_node n = root;
     int depth = 1;
-    if (!scope.enter(n) || !checkElementNames(n, scope))
+    prefixedNames = false;
+    if (!scope.enter(n) || !checkElementNames(n, scope, prefixedNames))
         return false;
     for (;;) {
         xml_node next = n.first_child();
@@ -358,7 +382,7 @@ bool checkTree(xml_node root)
                                 HNKMessageIterator::kMaxDepth, n.offset_debug());
                 return false;
             }
-            if (!scope.enter(n) || !checkElementNames(n, scope))
+            if (!scope.enter(n) || !checkElementNames(n, scope, prefixedNames))
                 return false;
             break;
         case pugi::node_doctype:
@@ -448,37 +472,39 @@ const char* idLabel(const char* tag, char (&)[16]) { return tag; }
 
 bool isText(xml_node n) { return n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata; }
 
-// The element's text: its text children joined (CDATA sections and text
-// split around child elements included). One text child, the usual case,
-// is returned in place; `scratch` holds a joined text.
+// The element's text: the leading text a parsed element keeps in itself
+// (parse_embed_pcdata) and its text children, joined (CDATA sections and text
+// split around child elements included). A single piece, the usual case, is
+// returned in place; `scratch` holds a joined text.
 const char* textOf(xml_node el, std::string& scratch)
 {
-    xml_node first;
+    const char* single = *el.value() ? el.value() : nullptr;
     for (xml_node c = el.first_child(); c; c = c.next_sibling()) {
         if (!isText(c))
             continue;
-        if (!first) {
-            first = c;
+        if (!single) {
+            single = c.value();
             continue;
         }
-        scratch.assign(first.value());
+        scratch.assign(single);
         for (xml_node t = c; t; t = t.next_sibling())
             if (isText(t))
                 scratch.append(t.value());
         return scratch.c_str();
     }
-    return first ? first.value() : "";
+    return single ? single : "";
 }
 
-// Makes `value` the element's whole text: the first text child takes it,
-// later text children go.
+// Makes `value` the element's whole text: the element's own text (a parsed
+// element's leading text) or else its first text child takes it, every other
+// text child goes.
 bool setTextOf(xml_node el, const char* value, size_t size)
 {
     xml_text text = el.text();
     if (!text.set(value, size))
         return false;
     xml_node kept = text.data();
-    for (xml_node c = kept.next_sibling(); c;) {
+    for (xml_node c = kept == el ? el.first_child() : kept.next_sibling(); c;) {
         xml_node next = c.next_sibling();
         if (isText(c))
             el.remove_child(c);
@@ -488,6 +514,15 @@ bool setTextOf(xml_node el, const char* value, size_t size)
 }
 
 } // namespace
+
+// The document the cursors share, with what is known of all its names.
+struct HNKMessageIterator::Document {
+    pugi::xml_document xml;
+    // False while no element name can carry a prefix (the cursor creates
+    // none; parsed or copied-in names may): then a child is found by its
+    // exact name with pugixml's own walk instead of comparing local names.
+    bool prefixedNames = false;
+};
 
 // ---------------------------------------------------------------------------
 
@@ -499,8 +534,8 @@ HNKMessageIterator::HNKMessageIterator(const std::string& rootName) : node_(null
         setErrorMessage("HNKMessageIterator: invalid root element name '%s'", rootName.c_str());
         return;
     }
-    doc_.reset(new pugi::xml_document);
-    node_ = doc_->append_child(rootName.c_str()).internal_object();
+    doc_.reset(new Document);
+    node_ = doc_->xml.append_child(rootName.c_str()).internal_object();
 }
 
 HNKMessageIterator::~HNKMessageIterator() = default;
@@ -516,18 +551,23 @@ int HNKMessageIterator::fromXML(const std::string& text)
                         bad + static_cast<ptrdiff_t>(skip));
         return -1;
     }
-    boost::shared_ptr<pugi::xml_document> doc(new pugi::xml_document);
+    boost::shared_ptr<Document> doc(new Document);
     // parse_fragment keeps text outside the root so it can be refused;
-    // parse_doctype keeps a DOCTYPE so it can be refused (never expanded).
-    pugi::xml_parse_result result =
-        doc->load_buffer(text.data(), text.size(), pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment,
-                         pugi::encoding_utf8);
+    // parse_doctype keeps a DOCTYPE so it can be refused (never expanded);
+    // parse_embed_pcdata keeps an element's leading text in the element
+    // itself instead of a child node: messages are mostly elements holding
+    // one value, so the tree has half the nodes (faster to build, copy and
+    // write, half the memory). textOf and setTextOf read and write it.
+    pugi::xml_parse_result result = doc->xml.load_buffer(
+        text.data(), text.size(),
+        pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment | pugi::parse_embed_pcdata,
+        pugi::encoding_utf8);
     if (!result) {
         setErrorMessage("fromXML: malformed XML at byte offset %td: %s", result.offset, result.description());
         return -1;
     }
     xml_node root;
-    for (xml_node n = doc->first_child(); n; n = n.next_sibling()) {
+    for (xml_node n = doc->xml.first_child(); n; n = n.next_sibling()) {
         switch (n.type()) {
         case pugi::node_element:
             if (root) {
@@ -551,7 +591,7 @@ int HNKMessageIterator::fromXML(const std::string& text)
         setErrorMessage("fromXML: empty document: no root element");
         return -1;
     }
-    if (!checkTree(root))
+    if (!checkTree(root, doc->prefixedNames))
         return -1;
     doc_ = doc;
     node_ = root.internal_object();
@@ -567,7 +607,7 @@ std::string HNKMessageIterator::toXML(bool indent) const
         return std::string();
     StringWriter w;
     unsigned flags = pugi::format_no_declaration | (indent ? pugi::format_indent : pugi::format_raw);
-    doc_->save(w, "  ", flags, pugi::encoding_utf8);
+    doc_->xml.save(w, "  ", flags, pugi::encoding_utf8);
     return std::move(w.out);
 }
 
@@ -577,7 +617,7 @@ HNKMessageIterator HNKMessageIterator::root() const
 {
     HNKMessageIterator r(*this);
     if (doc_)
-        r.node_ = doc_->document_element().internal_object();
+        r.node_ = doc_->xml.document_element().internal_object();
     return r;
 }
 
@@ -589,7 +629,14 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
 {
     if (!node_ || !tag || !*tag)
         return nullptr;
-    for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
+    xml_node parent = nodeOf(node_);
+    if (!doc_->prefixedNames) {
+        for (xml_node c = parent.child(tag); c; c = c.next_sibling(tag))
+            if (c.type() == pugi::node_element)
+                return c.internal_object();
+        return nullptr;
+    }
+    for (xml_node c = parent.first_child(); c; c = c.next_sibling())
         if (c.type() == pugi::node_element && nameMatches(c.name(), tag))
             return c.internal_object();
     return nullptr;
@@ -688,7 +735,16 @@ int HNKMessageIterator::nextSibling(const char* tag) const
 {
     if (!node_ || !tag || !*tag)
         return -1;
-    for (xml_node s = nodeOf(node_).next_sibling(); s; s = s.next_sibling())
+    xml_node self = nodeOf(node_);
+    if (!doc_->prefixedNames) {
+        for (xml_node s = self.next_sibling(tag); s; s = s.next_sibling(tag))
+            if (s.type() == pugi::node_element) {
+                node_ = s.internal_object();
+                return 0;
+            }
+        return -1;
+    }
+    for (xml_node s = self.next_sibling(); s; s = s.next_sibling())
         if (s.type() == pugi::node_element && nameMatches(s.name(), tag)) {
             node_ = s.internal_object();
             return 0;
@@ -874,14 +930,15 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
         return -1;
     }
     xml_node_struct* n = target(id);
-    if (!n) {
-        int status = createChild(id);
-        if (status != 0)
-            return status;
-        n = node_;
-        ascend();
-    }
-    return setTextOf(nodeOf(n), value, size) ? 0 : -1;
+    if (n)
+        return setTextOf(nodeOf(n), value, size) ? 0 : -1;
+    // A new child has no text to replace: its one text node is appended.
+    int status = createChild(id);
+    if (status != 0)
+        return status;
+    xml_node child = nodeOf(node_);
+    ascend();
+    return child.append_child(pugi::node_pcdata).set_value(value, size) ? 0 : -1;
 }
 
 template <class ID, class T>
@@ -1071,8 +1128,9 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     if (!node_)
         return out;
     xml_node self = nodeOf(node_);
-    out.doc_.reset(new pugi::xml_document);
-    xml_node copy = out.doc_->append_copy(self);
+    out.doc_.reset(new Document);
+    out.doc_->prefixedNames = doc_->prefixedNames;
+    xml_node copy = out.doc_->xml.append_copy(self);
     for (const auto& b : bindingsInScope(self.parent()))
         if (!copy.attribute(b.first))
             copy.append_attribute(b.first).set_value(b.second);
@@ -1088,14 +1146,24 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source)
     xml_node to = nodeOf(node_);
     if (doc_ == source.doc_ && isSameOrAncestor(from, to))
         return -1;
+    doc_->prefixedNames = doc_->prefixedNames || source.doc_->prefixedNames;
     xml_node copy = to.append_copy(from);
-    const std::vector<std::string> used = prefixesUsed(from);
+    std::vector<std::pair<const char*, const char*>> missing;
     for (const auto& b : bindingsInScope(from.parent())) {
-        if (b.first[5] == ':' && std::find(used.begin(), used.end(), b.first + 6) == used.end())
-            continue; // a binding the copy never names
         const char* here = resolveDeclName(to, b.first);
-        if ((!here || std::strcmp(here, b.second) != 0) && !copy.attribute(b.first))
-            copy.append_attribute(b.first).set_value(b.second);
+        if (!here || std::strcmp(here, b.second) != 0)
+            missing.push_back(b);
+    }
+    // Only a binding not already in scope here can be needed, so the subtree
+    // is searched for the prefixes it names only when there is one.
+    if (!missing.empty()) {
+        const std::vector<std::string> used = prefixesUsed(from);
+        for (const auto& b : missing) {
+            if (b.first[5] == ':' && std::find(used.begin(), used.end(), b.first + 6) == used.end())
+                continue; // a binding the copy never names
+            if (!copy.attribute(b.first))
+                copy.append_attribute(b.first).set_value(b.second);
+        }
     }
     // A copy in no namespace must not fall into a default namespace here.
     const char* targetDefault = resolveDeclName(to, "xmlns");
@@ -1113,12 +1181,15 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
         return appendChildrenCopy(source.cloneSubtree()); // copying a subtree into itself
     xml_node from = nodeOf(source.node_);
     xml_node to = nodeOf(node_);
+    doc_->prefixedNames = doc_->prefixedNames || source.doc_->prefixedNames;
     std::vector<std::pair<const char*, const char*>> needed;
     for (const auto& b : bindingsInScope(from)) {
         const char* here = resolveDeclName(to, b.first);
         if (!here || std::strcmp(here, b.second) != 0)
             needed.push_back(b);
     }
+    if (*from.value()) // leading text the parser kept in the element itself
+        to.append_child(pugi::node_pcdata).set_value(from.value());
     for (xml_node c = from.first_child(); c; c = c.next_sibling()) {
         xml_node copy = to.append_copy(c);
         if (copy.type() != pugi::node_element)

@@ -19,7 +19,6 @@
 #include <string>
 
 namespace pugi {
-class xml_document;
 struct xml_node_struct;
 } // namespace pugi
 
@@ -235,7 +234,8 @@ private:
     template <class ID>
     int getBase64(ID id, std::string& out) const;
 
-    boost::shared_ptr<pugi::xml_document> doc_;
+    struct Document;
+    boost::shared_ptr<Document> doc_;
     mutable pugi::xml_node_struct* node_;
     std::string namespace_;
 };

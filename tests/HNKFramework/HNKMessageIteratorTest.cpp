@@ -766,3 +766,110 @@ TEST(HNKMessageIteratorTest, AppendCopyRefusesItsOwnAncestorsAndInvalidCursors)
 }
 
 } // namespace
+
+TEST(HNKMessageIteratorTest, StampBindingsAreDeclaredOnceOnTheOutermostElement)
+{
+    HNKMessageIterator it("r");
+    ASSERT_EQ(0, it.createChild("device_list"));
+    const char* types[] = {"vm_device", "vm_usb_device", "vm_sound_device"};
+    for (const char* type : types) {
+        ASSERT_EQ(0, it.createChild(1114));
+        it.setType(type, kNs);
+        EXPECT_EQ(std::string(kNs) + ":" + type, it.getTypeName());
+        it.ascend();
+    }
+    std::string xml = it.root().toXML();
+    EXPECT_EQ(std::string("<r xmlns:hnrtypes=\"") + kNs + "\" xmlns:xsi=\"" + kXsi +
+                  "\"><device_list><device xsi:type=\"hnrtypes:vm_device\"/>"
+                  "<device xsi:type=\"hnrtypes:vm_usb_device\"/><device xsi:type=\"hnrtypes:vm_sound_device\"/>"
+                  "</device_list></r>",
+              xml);
+    EXPECT_EQ("", xmllintProblems(xml)) << xml;
+    // A device taken out of the tree keeps what its type needs.
+    ASSERT_EQ(0, it.firstChild(1114));
+    HNKMessageIterator alone = parsed(it.cloneSubtree().toXML());
+    EXPECT_EQ(std::string(kNs) + ":vm_device", alone.getTypeName());
+}
+
+TEST(HNKMessageIteratorTest, PrefixedNamesCopiedIntoABuiltTreeStillMatchByLocalName)
+{
+    HNKMessageIterator src = parsed("<s xmlns:q='urn:q'><q:c>3</q:c><q:c>4</q:c><d>5</d></s>");
+    HNKMessageIterator built("r");
+    ASSERT_EQ(0, built.putValue("a", 1));
+    EXPECT_NE(0, built.descend("c"));
+    ASSERT_EQ(0, built.appendChildrenCopy(src));
+    int n = 0;
+    EXPECT_EQ(0, built.getValue("c", n));
+    EXPECT_EQ(3, n);
+    ASSERT_EQ(0, built.firstChild("c"));
+    ASSERT_EQ(0, built.nextSibling("c"));
+    EXPECT_EQ(0, built.getValue(0, n));
+    EXPECT_EQ(4, n);
+    EXPECT_NE(0, built.nextSibling("c"));
+    built.ascend();
+    EXPECT_EQ(0, built.getValue("d", n));
+    EXPECT_EQ(5, n);
+
+    HNKMessageIterator one("r");
+    ASSERT_EQ(0, src.descend("c"));
+    ASSERT_EQ(0, one.appendCopy(src));
+    EXPECT_TRUE(one.hasChild("c"));
+    HNKMessageIterator clone = src.root().cloneSubtree();
+    EXPECT_EQ(0, clone.getValue("c", n));
+    EXPECT_EQ(3, n);
+    // A tag holding a colon never matches, prefixed names or not.
+    EXPECT_FALSE(clone.hasChild("q:c"));
+    EXPECT_FALSE(HNKMessageIterator("r").hasChild("q:c"));
+}
+
+TEST(HNKMessageIteratorTest, CharacterCheckFindsABadByteAtEveryOffset)
+{
+    const std::string ascii = "abcdefghijklmnopqrstuvwx";
+    for (size_t at = 0; at <= ascii.size(); ++at) {
+        SCOPED_TRACE(at);
+        for (const char* bad : {"\x01", "\x7F\x1F", "\xFF", "\xC3"}) {
+            std::string text = ascii.substr(0, at) + bad + ascii.substr(at);
+            HNKMessageIterator it("r");
+            EXPECT_NE(0, it.putValue("a", text));
+            EXPECT_NE(0, it.fromXML("<r>" + text + "</r>"));
+            std::string expected = "byte offset " + std::to_string(3 + at + (bad[0] == '\x7F' ? 1 : 0));
+            EXPECT_NE(std::string::npos, getErrorMessage().find(expected)) << getErrorMessage();
+        }
+        for (const char* good : {"\xC3\xA9", "\t\n\r", "\xF0\x9F\x98\x80", "\x7F"}) {
+            std::string text = ascii.substr(0, at) + good + ascii.substr(at);
+            HNKMessageIterator it("r");
+            EXPECT_EQ(0, it.putValue("a", text));
+            std::string back;
+            EXPECT_EQ(0, it.getValue("a", back));
+            EXPECT_EQ(text, back);
+        }
+    }
+}
+
+TEST(HNKMessageIteratorTest, LeadingTextOfParsedElementsReadsWritesAndCopiesLikeAnyText)
+{
+    HNKMessageIterator it = parsed("<r>lead<a>1</a>mid<b>x<i/>y</b>tail</r>");
+    std::string s;
+    EXPECT_EQ(0, it.getValue(0, s));
+    EXPECT_EQ("leadmidtail", s);
+    // Replacing a child's text leaves the text around that child alone.
+    ASSERT_EQ(0, it.putValue("a", 5));
+    ASSERT_EQ(0, it.putValue("b", "z"));
+    EXPECT_EQ(0, it.getValue(0, s));
+    EXPECT_EQ("leadmidtail", s);
+    EXPECT_EQ("<r>lead<a>5</a>mid<b>z<i/></b>tail</r>", it.toXML());
+    ASSERT_EQ(0, it.putValue(0, "all"));
+    EXPECT_EQ("<r>all<a>5</a><b>z<i/></b></r>", it.toXML());
+
+    // Copying the children of an element copies its leading text too.
+    HNKMessageIterator from = parsed("<s>lead<c>1</c>tail</s>");
+    HNKMessageIterator to("t");
+    ASSERT_EQ(0, to.appendChildrenCopy(from));
+    EXPECT_EQ("<t>lead<c>1</c>tail</t>", to.toXML());
+    EXPECT_EQ(0, to.getValue(0, s));
+    EXPECT_EQ("leadtail", s);
+    HNKMessageIterator whole("t");
+    ASSERT_EQ(0, whole.appendCopy(from));
+    EXPECT_EQ("<t><s>lead<c>1</c>tail</s></t>", whole.toXML());
+    EXPECT_EQ("<s>lead<c>1</c>tail</s>", from.cloneSubtree().toXML());
+}
