@@ -64,6 +64,9 @@ bool parseListingEntry(const std::string& line, HNRListingEntry& entry)
 
     // The size field is right-aligned in 8 columns (more when longer), after
     // one blank that ends the attribute field; padding blanks must be blank.
+    // A short size near the start of the line leaves no room for that field.
+    if (digits < kSizeWidth && digitsEnd < kSizeWidth)
+        return false;
     const std::size_t fieldStart = digits >= kSizeWidth ? digitsStart : digitsEnd - kSizeWidth;
     if (fieldStart < kNameStart + 2)
         return false;

@@ -26,6 +26,14 @@ TEST(HNRShareListingTest, ReadsAFileLine)
     EXPECT_FALSE(e.isDirectory());
 }
 
+TEST(HNRShareListingTest, ShortSizeNearTheStartIsNoEntry)
+{
+    // Found by fuzzing: too short for the 8-column size field before the date.
+    HNRListingEntry e;
+    EXPECT_FALSE(parseListingEntry("  0  Sat Nov 21 00:24:15 2026", e));
+    EXPECT_FALSE(parseListingEntry("  x 12  Sat Nov 21 00:24:15 2026", e));
+}
+
 TEST(HNRShareListingTest, ReadsAFolderLine)
 {
     HNRListingEntry e = parsed("  d1                                  D        0  Fri Nov 20 23:42:00 2026");
