@@ -1,5 +1,7 @@
 #include "Logger.h"
 
+#include "HNKFormat.h"
+
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
@@ -28,16 +30,7 @@ void Logger::put(int level, const char* format, ...)
 {
     va_list args;
     va_start(args, format);
-    va_list copy;
-    va_copy(copy, args);
-    int n = std::vsnprintf(nullptr, 0, format, copy);
-    va_end(copy);
-    std::string line;
-    if (n > 0) {
-        std::vector<char> buf(static_cast<size_t>(n) + 1);
-        std::vsnprintf(buf.data(), buf.size(), format, args);
-        line.assign(buf.data(), static_cast<size_t>(n));
-    }
+    const std::string line = HNKFormatV(format, args);
     va_end(args);
 
     std::lock_guard<std::mutex> lock(sinkMutex());

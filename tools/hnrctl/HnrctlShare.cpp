@@ -119,6 +119,17 @@ Prepared resolveTargets(const HnrctlCommandLine& line, HnrctlContext& context, c
     return Prepared();
 }
 
+// The folder and names of the operands, then the credentials for the folder.
+Prepared resolveTargetsAndCredentials(const HnrctlCommandLine& line, HnrctlContext& context,
+                                      const std::string& command, std::string& folder,
+                                      std::vector<std::string>& names, HNRShareParams& params)
+{
+    Prepared p = resolveTargets(line, context, command, folder, names);
+    if (p.ok)
+        p = credentials(line, context, command, folder, params);
+    return p;
+}
+
 int failed(HnrctlContext& context, const std::string& command)
 {
     std::string message = getErrorMessage();
@@ -212,10 +223,8 @@ int runShareGet(const HnrctlCommandLine& line, HnrctlContext& context)
     const std::string command = "share get";
     std::string folder;
     std::vector<std::string> names;
-    Prepared p = resolveTargets(line, context, command, folder, names);
     HNRShareParams params;
-    if (p.ok)
-        p = credentials(line, context, command, folder, params);
+    Prepared p = resolveTargetsAndCredentials(line, context, command, folder, names, params);
     if (!p.ok)
         return p.status;
     std::string localDir = line.value("--to", ".");
@@ -237,10 +246,8 @@ int runShareSize(const HnrctlCommandLine& line, HnrctlContext& context)
     const std::string command = "share size";
     std::string folder;
     std::vector<std::string> names;
-    Prepared p = resolveTargets(line, context, command, folder, names);
     HNRShareParams params;
-    if (p.ok)
-        p = credentials(line, context, command, folder, params);
+    Prepared p = resolveTargetsAndCredentials(line, context, command, folder, names, params);
     if (!p.ok)
         return p.status;
     std::uint64_t total = 0;
@@ -257,10 +264,8 @@ int runDirCommand(const HnrctlCommandLine& line, HnrctlContext& context, bool cr
     const std::string command = create ? "share mkdir" : "share rmdir";
     std::string folder;
     std::vector<std::string> names;
-    Prepared p = resolveTargets(line, context, command, folder, names);
     HNRShareParams params;
-    if (p.ok)
-        p = credentials(line, context, command, folder, params);
+    Prepared p = resolveTargetsAndCredentials(line, context, command, folder, names, params);
     if (!p.ok)
         return p.status;
     const std::string& name = names[0];
