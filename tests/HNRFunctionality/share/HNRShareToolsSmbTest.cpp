@@ -11,18 +11,13 @@
 
 #include "GenExec.h"
 #include "HNKErrorMessage.h"
-#include "HNRFunctionality/fsutil/FsutilTestSupport.h"
+#include "HNRFunctionality/share/ShareSmbSupport.h"
 #include "share/HNRShareParams.h"
 
 namespace {
 
 using HNR::HNRShareParams;
-
-std::string env(const char* name)
-{
-    const char* v = std::getenv(name);
-    return v ? v : "";
-}
+using HNRTest::env;
 
 bool exists(const std::string& path)
 {
@@ -30,33 +25,15 @@ bool exists(const std::string& path)
     return ::stat(path.c_str(), &st) == 0;
 }
 
-class HNRShareToolsSmbTest : public ::testing::Test {
+// The shares, credentials and password checks come from the shared fixture.
+class HNRShareToolsSmbTest : public HNRTest::SmbFixture {
 protected:
-    void SetUp() override
-    {
-        ASSERT_FALSE(env("HNR_SMB_GUEST_SHARE").empty()) << "run this test through scripts/with-smbd";
-        guestShare = env("HNR_SMB_GUEST_SHARE");
-        guestDir = env("HNR_SMB_GUEST_DIR");
-        authShare = env("HNR_SMB_AUTH_SHARE");
-        authDir = env("HNR_SMB_AUTH_DIR");
-        user = env("HNR_SMB_USER");
-        password = env("HNR_SMB_PASSWORD");
-    }
-
-    void TearDown() override
-    {
-        for (const auto& line : log.lines())
-            EXPECT_EQ(line.second.find(password), std::string::npos) << "a log line holds the password";
-        EXPECT_EQ(getErrorMessage().find(password), std::string::npos) << "the error message holds the password";
-    }
-
     bool run(const HNRShareParams& params, const std::string& command)
     {
         return HNR::runShareCommand(params, command, output, nullptr);
     }
 
-    HNRTest::LogCapture log;
-    std::string guestShare, guestDir, authShare, authDir, user, password, output;
+    std::string output;
 };
 
 TEST_F(HNRShareToolsSmbTest, ListsAFolderOfTheGuestShare)
