@@ -3,6 +3,7 @@
 #include "HnrctlCommandLine.h"
 #include "HnrctlMessage.h"
 #include "HnrctlShare.h"
+#include "HnrctlValidate.h"
 
 #include "Logger.h"
 
@@ -64,6 +65,13 @@ const std::vector<HnrctlCommand>& commands()
          "--write is the message as written, secrets included.\n",
          {{nullptr, "--write", nullptr, "then write it back through its factory and print the XML"}},
          1, 1, runMessageRead},
+        {"message", "validate", "FILE...", "check messages against the module's XML schema",
+         "Validates each message FILE (or standard input for '-') against the XML schema\n"
+         "of the module (share/hnrfunctionality/schema, or the folder in HNR_SCHEMA_DIR)\n"
+         "with libxml2. Prints each violation as FILE:LINE:COLUMN: message, then\n"
+         "'FILE: valid' or 'FILE: invalid'. The root element must carry an xsi:type.\n"
+         "Exit status: 0 all valid, 1 one is invalid, 2 one cannot be read or no schema.\n",
+         {{nullptr, "--json", nullptr, "print the result as JSON"}}, 1, kMany, runMessageValidate},
         {"share", "check", "PATH", "check that a share (or with --file, a path in it) answers",
          "Runs a listing on the share of PATH; with --file, on PATH itself.\n",
          {{nullptr, "--file", nullptr, "check that the file or folder PATH exists"}}, 1, 1, runShareCheck},
