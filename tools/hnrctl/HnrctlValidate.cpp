@@ -42,6 +42,8 @@ int runMessageValidate(const HnrctlCommandLine& line, HnrctlContext& context)
                      << ": no schema folder found (installed share/hnrfunctionality/schema); set HNR_SCHEMA_DIR\n";
         return kExitUsage;
     }
+    if (line.has("--verbose"))
+        *context.err << "hnrctl: " << kCommand << ": schema folder " << dir << "\n";
     HnrctlSchemaValidator validator(dir);
     nlohmann::json files = nlohmann::json::array();
     bool anyInvalid = false;
