@@ -88,6 +88,10 @@ TEST(SchemaSampleAgreementTest, WhatTheReaderRefusesIsInvalid)
               schemaProblems("<!DOCTYPE m [<!ENTITY e \"x\">]><m/>"));
     // Malformed XML: the parser's position.
     EXPECT_NE("", schemaProblems(head + "xsi:type=\"t:network_service_info\"><network_service_state>1</m>"));
+    // Text that is not UTF-8: one violation on one line.
+    EXPECT_EQ("1:181: Input is not proper UTF-8, indicate encoding ! Bytes: 0xFF 0x3C 0x2F 0x6E\n",
+              schemaProblems(head + "xsi:type=\"t:network_service_info\"><network_service_state>\xff"
+                                    "</network_service_state></m>"));
     // Numbers as the cursor reads them: a sign and leading zeros are fine,
     // out of range or with blanks inside is not. (Blanks around a number are
     // allowed by both, but libxml2 refuses them for xs:int: stricter.)

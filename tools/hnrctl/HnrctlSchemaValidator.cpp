@@ -173,6 +173,10 @@ std::string trimmed(const char* message)
     std::string m = message ? message : "";
     while (!m.empty() && (m.back() == '\n' || m.back() == ' '))
         m.pop_back();
+    // One violation, one line: some messages go on over several.
+    for (char& c : m)
+        if (c == '\n')
+            c = ' ';
     return m;
 }
 
