@@ -88,6 +88,11 @@ TEST(SchemaSampleAgreementTest, WhatTheReaderRefusesIsInvalid)
               schemaProblems("<!DOCTYPE m [<!ENTITY e \"x\">]><m/>"));
     // Malformed XML: the parser's position.
     EXPECT_NE("", schemaProblems(head + "xsi:type=\"t:network_service_info\"><network_service_state>1</m>"));
+    // A root name that is no XML name: the parser's report, not a schema failure.
+    EXPECT_EQ("1:1: Element '1a': the root element has no xsi:type, so no factory can read it\n"
+              "1:2: StartTag: invalid element name\n1:2: Extra content at the end of the document\n",
+              schemaProblems("<1a/>"));
+    EXPECT_NE("", schemaProblems("<a&b/>"));
     // Text that is not UTF-8: one violation on one line.
     EXPECT_EQ("1:181: Input is not proper UTF-8, indicate encoding ! Bytes: 0xFF 0x3C 0x2F 0x6E\n",
               schemaProblems(head + "xsi:type=\"t:network_service_info\"><network_service_state>\xff"

@@ -168,6 +168,38 @@ bool hasXsiType(const RootTag& root)
     return false;
 }
 
+// A name libxml2 takes as an element declaration's name (non-ASCII bytes
+// are left to it).
+bool isDeclarableName(const std::string& name)
+{
+    if (name.empty())
+        return false;
+    for (size_t i = 0; i < name.size(); ++i) {
+        unsigned char c = static_cast<unsigned char>(name[i]);
+        bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c >= 0x80;
+        bool other = (c >= '0' && c <= '9') || c == '-' || c == '.';
+        if (!letter && (i == 0 || !other))
+            return false;
+    }
+    return true;
+}
+
+std::string escapedAttribute(const std::string& text)
+{
+    std::string out;
+    for (char c : text) {
+        if (c == '&')
+            out += "&amp;";
+        else if (c == '<')
+            out += "&lt;";
+        else if (c == '"')
+            out += "&quot;";
+        else
+            out += c;
+    }
+    return out;
+}
+
 std::string trimmed(const char* message)
 {
     std::string m = message ? message : "";
@@ -231,8 +263,8 @@ HnrctlSchemaValidator::Compiled* HnrctlSchemaValidator::compiledFor(const std::s
     }
     std::string driver = "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">\n";
     for (const auto& ns : kNamespaces)
-        driver += std::string("  <xs:import namespace=\"") + ns.uri + "\" schemaLocation=\"" + m_dir + "/" + ns.file +
-                  "\"/>\n";
+        driver += std::string("  <xs:import namespace=\"") + ns.uri + "\" schemaLocation=\"" +
+                  escapedAttribute(m_dir + "/" + ns.file) + "\"/>\n";
     driver += "  <xs:element name=\"" + rootName + "\"/>\n</xs:schema>\n";
 
     std::vector<HnrctlSchemaViolation> problems;
@@ -275,8 +307,8 @@ bool HnrctlSchemaValidator::validate(const std::string& text, std::vector<Hnrctl
     // The root's local name (its prefix, if any, is left to libxml2: the
     // schema's elements are unqualified).
     std::string rootName = root.found ? root.name.substr(root.name.find(':') + 1) : std::string("message");
-    if (rootName.empty())
-        rootName = "message";
+    if (!isDeclarableName(rootName))
+        rootName = "message"; // malformed: libxml2 reports where
     Compiled* compiled = compiledFor(rootName, error);
     if (!compiled)
         return false;
