@@ -123,15 +123,24 @@ TEST(SchemaGeneratedAgreementTest, EveryMessageTheSchemaAcceptsReadsAndWritesBac
 }
 
 // The generator sees every construct of the schema: each message type, each
-// device class in a device list, optional elements left out and repeated.
+// device class in a device list, optional elements left out, lists repeated,
+// the configuration's settings in another order than the written one.
 TEST(SchemaGeneratedAgreementTest, TheGeneratorCoversEveryTypeAndDeviceClass)
 {
     std::mt19937 rng(7);
     std::set<std::string> stamped;
+    bool repeated = false, leftOut = false, reordered = false;
     std::vector<hnr_test::SchemaInstanceGenerator::QName> types = messageTypes();
     for (int round = 0; round < 40; ++round) {
         for (const auto& type : types) {
             std::string text = generator().generate(type, "message", rng);
+            size_t ip = text.find("<ip_address>");
+            repeated = repeated || (ip != std::string::npos && text.find("<ip_address>", ip + 1) != std::string::npos);
+            if (type.name == "venv_configType") {
+                leftOut = leftOut || text.find("<memory_size>") == std::string::npos;
+                size_t memory = text.find("<memory_size>"), cpus = text.find("<cpu_count>");
+                reordered = reordered || (memory != std::string::npos && cpus != std::string::npos && cpus < memory);
+            }
             for (size_t at = text.find("xsi:type=\""); at != std::string::npos; at = text.find("xsi:type=\"", at + 1)) {
                 size_t colon = text.find(':', at + 10);
                 stamped.insert(text.substr(colon + 1, text.find('"', colon) - colon - 1));
@@ -142,6 +151,9 @@ TEST(SchemaGeneratedAgreementTest, TheGeneratorCoversEveryTypeAndDeviceClass)
         EXPECT_TRUE(stamped.count(type.name)) << type.name;
     for (const char* base : {"env_config_baseType", "venv_config_baseType"})
         EXPECT_TRUE(stamped.count(base)) << base;
+    EXPECT_TRUE(repeated);
+    EXPECT_TRUE(leftOut);
+    EXPECT_TRUE(reordered);
 }
 
 } // namespace
