@@ -178,6 +178,8 @@ public:
             if (name[5] == '\0') {
                 if (xmlUri || xmlnsUri)
                     why = "a reserved namespace cannot be the default";
+                else if (!HNKXmlTextCheck::isUriReference(uri))
+                    why = "the namespace name is not a URI";
                 else
                     bind(std::string_view(), uri);
             } else if (name[5] == ':') {
@@ -192,6 +194,8 @@ public:
                     why = "the xmlns namespace cannot be bound";
                 else if (*uri == '\0')
                     why = "a prefix cannot be undeclared";
+                else if (!HNKXmlTextCheck::isUriReference(uri))
+                    why = "the namespace name is not a URI";
                 else
                     bind(prefix, uri);
             }
@@ -297,14 +301,14 @@ bool checkElementNames(xml_node el, const NamespaceScope& scope, bool& prefixedN
         return false;
     }
     prefixedName = prefixedName || !prefix.empty();
-    if (!prefix.empty() && !scope.resolve(prefix)) {
-        setErrorMessage("fromXML: undeclared namespace prefix '%.*s' in element name '%s' at byte offset %td",
-                        static_cast<int>(prefix.size()), prefix.data(), el.name(), el.offset_debug());
-        return false;
-    }
     if (prefix == "xmlns") {
         setErrorMessage("fromXML: invalid element name '%s' (the xmlns prefix is reserved) at byte offset %td",
                         el.name(), el.offset_debug());
+        return false;
+    }
+    if (!prefix.empty() && !scope.resolve(prefix)) {
+        setErrorMessage("fromXML: undeclared namespace prefix '%.*s' in element name '%s' at byte offset %td",
+                        static_cast<int>(prefix.size()), prefix.data(), el.name(), el.offset_debug());
         return false;
     }
     size_t prefixedAttributes = 0;

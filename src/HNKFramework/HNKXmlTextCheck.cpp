@@ -647,6 +647,66 @@ ptrdiff_t HNKXmlTextCheck::findInvalidChar(const char* text, size_t size)
     }
 }
 
+namespace {
+
+bool isAlpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isHex(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
+// unreserved, sub-delims, and the gen-delims a URI may hold unescaped, so
+// every byte that may appear outside '%' escapes; brackets and '&' aside
+// (libxml2 refuses a namespace name holding '&', which it keeps escaped).
+bool isUriChar(char c)
+{
+    return isAlpha(c) || isDigit(c) || (c != '\0' && std::strchr("-._~!$'()*+,;=:/?#@", c) != nullptr);
+}
+
+} // namespace
+
+bool HNKXmlTextCheck::isUriReference(const char* uri)
+{
+    std::string_view u(uri);
+    int hashes = 0;
+    for (size_t i = 0; i < u.size(); ++i) {
+        char c = u[i];
+        if (c == '%') {
+            if (i + 2 >= u.size() || !isHex(u[i + 1]) || !isHex(u[i + 2]))
+                return false;
+            i += 2;
+            continue;
+        }
+        if (!isUriChar(c) || (c == '#' && ++hashes > 1))
+            return false;
+    }
+    std::string_view rest = u;
+    size_t delim = u.find_first_of(":/?#");
+    if (delim != std::string_view::npos && u[delim] == ':') {
+        if (delim == 0 || !isAlpha(u[0]))
+            return false;
+        for (size_t i = 1; i < delim; ++i)
+            if (!isAlpha(u[i]) && !isDigit(u[i]) && u[i] != '+' && u[i] != '-' && u[i] != '.')
+                return false;
+        rest = u.substr(delim + 1);
+    }
+    if (rest.substr(0, 2) != "//")
+        return true;
+    // authority: [userinfo "@"] host [":" port]
+    rest.remove_prefix(2);
+    std::string_view authority = rest.substr(0, rest.find_first_of("/?#"));
+    size_t at = authority.find('@');
+    if (at != std::string_view::npos)
+        authority.remove_prefix(at + 1);
+    if (authority.find('@') != std::string_view::npos)
+        return false;
+    size_t colon = authority.find(':');
+    if (colon == std::string_view::npos)
+        return true;
+    for (char c : authority.substr(colon + 1))
+        if (!isDigit(c))
+            return false;
+    return true;
+}
+
 void HNKXmlTextCheck::position(const char* text, size_t size, size_t offset, size_t& line, size_t& column)
 {
     if (offset > size)

@@ -28,6 +28,12 @@ public:
     // cannot carry (the text of one value, no markup); -1 when all is fine.
     static ptrdiff_t findInvalidChar(const char* text, size_t size);
 
+    // True when `uri` is a URI reference (RFC 3986), as a namespace name
+    // must be: ASCII only, '%' escapes, a scheme when a ':' comes before any
+    // '/', '?' or '#', a numeric port. IP literals ("[::1]") and '&' are
+    // refused too (xmllint refuses a namespace name holding '&').
+    static bool isUriReference(const char* uri);
+
     // 1-based line and column of `offset`: lines end at LF, CR LF or CR (as
     // XML reads them), columns count characters (UTF-8 sequences), not bytes.
     static void position(const char* text, size_t size, size_t offset, size_t& line, size_t& column);
