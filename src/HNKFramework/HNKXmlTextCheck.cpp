@@ -30,14 +30,18 @@ inline uint64_t hasByte(uint64_t w, uchar b)
 // Skips eight bytes at a time while each is printable ASCII (0x20..0x7F)
 // and none is one of the stop bytes: such bytes are valid characters that
 // need no further look. A byte below 0x20 borrows into its top bit, a byte
-// from 0x80 has it set.
+// from 0x80 has it set. In a word that holds another byte, the lowest marked
+// byte is exactly the first one (borrows only mark bytes above a real hit),
+// so the scan stops on it; the last seven bytes or fewer are left to the
+// caller. Little-endian loads: this runs on x86-64.
 template <uchar A, uchar B, uchar C>
 inline const uchar* skipPlain(const uchar* p, const uchar* end)
 {
     while (end - p >= 8) {
         uint64_t w = load8(p);
-        if (((((w - kSpaces) | w) & kHigh) | hasByte(w, A) | hasByte(w, B) | hasByte(w, C)) != 0)
-            break;
+        uint64_t marks = (((w - kSpaces) | w) & kHigh) | hasByte(w, A) | hasByte(w, B) | hasByte(w, C);
+        if (marks != 0)
+            return p + (__builtin_ctzll(marks) >> 3);
         p += 8;
     }
     return p;
@@ -104,7 +108,7 @@ inline bool isBlank(uchar c) { return c == ' ' || c == '\t' || c == '\n' || c ==
 enum : uchar { kStart = 1, kChar = 2 };
 
 struct NameTable {
-    uchar t[128] = {};
+    uchar t[256] = {}; // bytes from 0x80 are 0: decoded apart
     NameTable()
     {
         for (int c = 'a'; c <= 'z'; ++c)
@@ -182,6 +186,15 @@ private:
     // text there is no such name; p_ then is undefined.
     bool name(bool qualified)
     {
+        // Most names are ASCII without a colon: one tight loop.
+        if (p_ < end_ && (kNames.t[*p_] & kStart)) {
+            const uchar* from = p_;
+            for (++p_; p_ < end_ && (kNames.t[*p_] & kChar); ++p_) {
+            }
+            if (p_ == end_ || (*p_ < 0x80 && *p_ != ':'))
+                return true;
+            p_ = from;
+        }
         bool start = true;
         bool colon = false;
         while (p_ < end_) {
@@ -541,7 +554,7 @@ private:
         const uchar* from = p_;
         while (p_ < end_ && *p_ != quote) {
             uchar c = *p_;
-            if (c >= 0x80 || !(kNames.t[c] & kChar))
+            if (!(kNames.t[c] & kChar))
                 return false;
             ++p_;
         }
