@@ -115,11 +115,11 @@ struct NameTable {
             t[c] = kStart | kChar;
         for (int c = 'A'; c <= 'Z'; ++c)
             t[c] = kStart | kChar;
-        t['_'] = kStart | kChar;
+        t[uchar('_')] = kStart | kChar;
         for (int c = '0'; c <= '9'; ++c)
             t[c] = kChar;
-        t['-'] = kChar;
-        t['.'] = kChar;
+        t[uchar('-')] = kChar;
+        t[uchar('.')] = kChar;
     }
 };
 const NameTable kNames;
@@ -714,6 +714,8 @@ bool HNKXmlTextCheck::isUriReference(const char* uri)
     size_t colon = authority.find(':');
     if (colon == std::string_view::npos)
         return true;
+    if (colon + 1 == authority.size())
+        return false; // an empty port is allowed by RFC 3986 but not by libxml2
     for (char c : authority.substr(colon + 1))
         if (!isDigit(c))
             return false;

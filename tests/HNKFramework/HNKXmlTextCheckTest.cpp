@@ -223,6 +223,10 @@ TEST(HNKXmlTextCheckTest, ReservedPrefixesAndNamespacesCannotBeRebound)
 TEST(HNKXmlTextCheckTest, NamespaceNamesThatAreNoUrisAreRefused)
 {
     expectRefused("<r xmlns:p='urn:a b'/>", "the namespace name is not a URI");
+    // Found by fuzzing against libxml2: an authority ending in ':' (empty port).
+    expectRefused("<r xmlns:p='http://www.w3.orghttp://www.w3.org/2001/XMLSchema-instance'/>",
+                  "the namespace name is not a URI");
+    expectRefused("<r xmlns:p='http://a:/b'/>", "the namespace name is not a URI");
     expectRefused("<r xmlns:p='http://host:port/'/>", "the namespace name is not a URI");
     expectRefused("<r xmlns:p='1a:b'/>", "the namespace name is not a URI");
     expectRefused("<r xmlns:p='urn:%zz'/>", "the namespace name is not a URI");
