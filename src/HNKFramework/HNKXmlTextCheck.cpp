@@ -1,5 +1,6 @@
 #include "HNKXmlTextCheck.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -261,16 +262,19 @@ private:
     // Character data up to the next '<' (or the end).
     bool content()
     {
+        const uchar* run = p_;
+        bool blankReference = false;
         for (;;) {
             p_ = skipPlain<'<', '&', ']'>(p_, end_);
-            if (p_ == end_)
-                return true;
+            if (p_ == end_ || *p_ == '<')
+                return !blankReference || !blankOnly(run, p_) ||
+                       fail(run, "text of white space only from character references (it cannot be written back)");
             uchar c = *p_;
-            if (c == '<')
-                return true;
             if (c == '&') {
-                if (!reference())
+                const uchar* amp = p_;
+                if (!reference(true))
                     return false;
+                blankReference = blankReference || (amp[1] == '#' && lastReference_ <= 0x20 && isBlank(static_cast<uchar>(lastReference_)));
                 continue;
             }
             if (c == ']') {
@@ -284,9 +288,34 @@ private:
         }
     }
 
+    // True when the checked text run [from, to) is nothing but blanks, raw
+    // or as character references. The parser drops a run of raw blanks but
+    // keeps one holding a reference, and the tree writes it back raw: read
+    // again, it would be gone. Only runs holding a blank reference (rare)
+    // are looked at again.
+    static bool blankOnly(const uchar* from, const uchar* to)
+    {
+        for (const uchar* p = from; p < to; ++p) {
+            if (isBlank(*p))
+                continue;
+            if (*p != '&' || p[1] != '#')
+                return false;
+            bool hex = p[2] == 'x';
+            uint32_t value = 0;
+            for (p += hex ? 3 : 2; *p != ';'; ++p)
+                value = value * (hex ? 16 : 10) + static_cast<uint32_t>(*p <= '9' ? *p - '0' : (*p | 0x20) - 'a' + 10);
+            if (value > 0x20 || !isBlank(static_cast<uchar>(value)))
+                return false;
+        }
+        return true;
+    }
+
     // '&' at p_: a character reference to a character XML allows, or one of
-    // the five predefined entities (there is no DTD to define others).
-    bool reference()
+    // the five predefined entities (there is no DTD to define others). In
+    // text content a reference to CR is refused too: the tree writes text
+    // with a raw CR, which every parser reads back as LF, so the value could
+    // not be written back.
+    bool reference(bool inText)
     {
         const uchar* amp = p_;
         ++p_;
@@ -316,6 +345,9 @@ private:
                 return fail(amp, "malformed character reference");
             if (!isXmlChar(value))
                 return fail(amp, "character reference to a character XML does not allow");
+            lastReference_ = value;
+            if (value == 0xD && inText)
+                return fail(amp, "character reference to CR in text content (it cannot be written back)");
             ++p_;
             return true;
         }
@@ -420,7 +452,7 @@ private:
             if (c == '<')
                 return fail(p_, "'<' in an attribute value");
             if (c == '&') {
-                if (!reference())
+                if (!reference(false))
                     return false;
                 continue;
             }
@@ -629,6 +661,7 @@ private:
     const uchar* end_;
     const uchar* at_ = nullptr;
     const char* what_ = nullptr;
+    uint32_t lastReference_ = 0; // value of the last character reference
     size_t depth_ = 0;
     bool roots_ = false;
     std::string_view seen_[kInline];
@@ -714,12 +747,17 @@ bool HNKXmlTextCheck::isUriReference(const char* uri)
     size_t colon = authority.find(':');
     if (colon == std::string_view::npos)
         return true;
+    // RFC 3986 allows an empty port and any number of digits; libxml2 wants
+    // a port that fits its int.
     if (colon + 1 == authority.size())
-        return false; // an empty port is allowed by RFC 3986 but not by libxml2
-    for (char c : authority.substr(colon + 1))
+        return false;
+    uint64_t port = 0;
+    for (char c : authority.substr(colon + 1)) {
         if (!isDigit(c))
             return false;
-    return true;
+        port = std::min<uint64_t>(port * 10 + static_cast<uint64_t>(c - '0'), uint64_t(1) << 32);
+    }
+    return port <= 2147483647u;
 }
 
 void HNKXmlTextCheck::position(const char* text, size_t size, size_t offset, size_t& line, size_t& column)

@@ -30,8 +30,8 @@ public:
 
     // True when `uri` is a URI reference (RFC 3986), as a namespace name
     // must be: ASCII only, '%' escapes, a scheme when a ':' comes before any
-    // '/', '?' or '#', a numeric port. IP literals ("[::1]"), '&' and an
-    // empty port are refused too (xmllint refuses such namespace names).
+    // '/', '?' or '#', a numeric port. IP literals ("[::1]"), '&', an empty
+    // port and one above 2^31-1 are refused too (as xmllint refuses them).
     static bool isUriReference(const char* uri);
 
     // 1-based line and column of `offset`: lines end at LF, CR LF or CR (as

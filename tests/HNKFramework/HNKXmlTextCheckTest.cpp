@@ -79,6 +79,28 @@ TEST(HNKXmlTextCheckTest, CharacterReferencesToForbiddenCharactersAreRefused)
               value);
 }
 
+TEST(HNKXmlTextCheckTest, TextTheTreeCouldNotWriteBackIsRefused)
+{
+    // The tree writes a CR in text raw, and XML reads a raw CR as LF.
+    expectRefused("<r>a&#13;b</r>", "character reference to CR in text content", false);
+    expectRefused("<r>a&#xD;b</r>", "character reference to CR in text content", false);
+    expectRefused("<r><e>&#x000d;</e></r>", "character reference to CR in text content", false);
+    // Text of blanks only is dropped by the parser when the blanks are raw,
+    // and kept but written back raw when one is a reference.
+    expectRefused("<r>&#10;</r>", "text of white space only from character references", false);
+    expectRefused("<r><a/> &#x20;&#9;\n<b/></r>", "text of white space only", false);
+    expectRefused("<r><a>x</a>&#32;</r>", "text of white space only", false);
+    // With anything else in the run the text is kept both times.
+    expectAccepted("<r><a>&#32;x&#10;</a><b>&amp;&#32;</b><c>&#65;\n</c></r>");
+    // In an attribute value CR is written as a reference again, and kept.
+    HNKMessageIterator it;
+    ASSERT_EQ(0, it.fromXML("<r a='x&#13;&#10;&#9;y'>a&#10;&#9;</r>")) << getErrorMessage();
+    HNKMessageIterator again;
+    ASSERT_EQ(0, again.fromXML(it.toXML())) << getErrorMessage();
+    EXPECT_EQ(it.toXML(), again.toXML());
+    EXPECT_NE(std::string::npos, it.toXML().find("x&#13;&#10;&#09;y")) << it.toXML();
+}
+
 TEST(HNKXmlTextCheckTest, MalformedReferencesAreRefused)
 {
     expectRefused("<r>&#65</r>", "malformed character reference");
@@ -227,6 +249,10 @@ TEST(HNKXmlTextCheckTest, NamespaceNamesThatAreNoUrisAreRefused)
     expectRefused("<r xmlns:p='http://www.w3.orghttp://www.w3.org/2001/XMLSchema-instance'/>",
                   "the namespace name is not a URI");
     expectRefused("<r xmlns:p='http://a:/b'/>", "the namespace name is not a URI");
+    // And a port beyond what libxml2 holds in an int.
+    expectRefused("<r xmlns:p='http://www.wpppmlns:04466666666666666666666'/>", "the namespace name is not a URI");
+    expectRefused("<r xmlns:p='http://a:2147483648/'/>", "the namespace name is not a URI");
+    expectAccepted("<r xmlns:p='http://a:2147483647/' xmlns:q='http://b:000000000000000000080/'/>");
     expectRefused("<r xmlns:p='http://host:port/'/>", "the namespace name is not a URI");
     expectRefused("<r xmlns:p='1a:b'/>", "the namespace name is not a URI");
     expectRefused("<r xmlns:p='urn:%zz'/>", "the namespace name is not a URI");
