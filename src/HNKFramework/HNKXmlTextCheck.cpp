@@ -108,9 +108,11 @@ inline bool isBlank(uchar c) { return c == ' ' || c == '\t' || c == '\n' || c ==
 // is handled apart (namespaces give it a meaning), bytes from 0x80 decoded.
 enum : uchar { kStart = 1, kChar = 2 };
 
+// Built at compile time, so a check run from another unit's static
+// initialiser never sees an empty table.
 struct NameTable {
     uchar t[256] = {}; // bytes from 0x80 are 0: decoded apart
-    NameTable()
+    constexpr NameTable()
     {
         for (int c = 'a'; c <= 'z'; ++c)
             t[c] = kStart | kChar;
@@ -123,7 +125,7 @@ struct NameTable {
         t[uchar('.')] = kChar;
     }
 };
-const NameTable kNames;
+constexpr NameTable kNames;
 
 // Name productions of XML 1.0 (fifth edition) beyond ASCII.
 bool isNameStartCp(uint32_t c)
