@@ -4,6 +4,7 @@
 #include "HNKDefaultMap.h"
 #include "HNKElementDictionary.h"
 #include "HNKErrorMessage.h"
+#include "HNKXmlTextCheck.h"
 
 #include <pugixml.hpp>
 
@@ -27,6 +28,7 @@ using pugi::xml_text;
 
 const char kXsiURI[] = "http://www.w3.org/2001/XMLSchema-instance";
 const char kXmlURI[] = "http://www.w3.org/XML/1998/namespace";
+const char kXmlnsURI[] = "http://www.w3.org/2000/xmlns/";
 
 xml_node nodeOf(xml_node_struct* n) { return xml_node(n); }
 
@@ -64,62 +66,6 @@ bool isValidTag(const char* tag)
         if (!isNameChar(*tag))
             return false;
     return true;
-}
-
-// Offset of the first byte that is not UTF-8 or is a character XML 1.0
-// cannot carry; -1 when the whole text is fine.
-ptrdiff_t findInvalidXmlChar(const char* text, size_t size)
-{
-    const unsigned char* s = reinterpret_cast<const unsigned char*>(text);
-    size_t i = 0;
-    while (i < size) {
-        // Messages are mostly printable ASCII, which needs no decoding: eight
-        // bytes at a time are let through when each is in 0x20..0x7F (a byte
-        // below 0x20 borrows into its top bit, a byte from 0x80 has it set).
-        const uint64_t kTopBits = 0x8080808080808080ull;
-        if (size - i >= 8) {
-            uint64_t word;
-            std::memcpy(&word, s + i, 8);
-            if ((((word - 0x2020202020202020ull) | word) & kTopBits) == 0) {
-                i += 8;
-                continue;
-            }
-        }
-        unsigned char c = s[i];
-        if (c < 0x80) {
-            if (c < 0x20 && c != '\t' && c != '\n' && c != '\r')
-                return static_cast<ptrdiff_t>(i);
-            ++i;
-            continue;
-        }
-        unsigned cp;
-        size_t len;
-        if (c >= 0xC2 && c <= 0xDF) {
-            cp = c & 0x1F;
-            len = 2;
-        } else if (c >= 0xE0 && c <= 0xEF) {
-            cp = c & 0x0F;
-            len = 3;
-        } else if (c >= 0xF0 && c <= 0xF4) {
-            cp = c & 0x07;
-            len = 4;
-        } else {
-            return static_cast<ptrdiff_t>(i);
-        }
-        if (i + len > size)
-            return static_cast<ptrdiff_t>(i);
-        for (size_t k = 1; k < len; ++k) {
-            if ((s[i + k] & 0xC0) != 0x80)
-                return static_cast<ptrdiff_t>(i);
-            cp = (cp << 6) | (s[i + k] & 0x3F);
-        }
-        bool overlong = (len == 3 && cp < 0x800) || (len == 4 && cp < 0x10000);
-        bool surrogate = cp >= 0xD800 && cp <= 0xDFFF;
-        if (overlong || surrogate || cp > 0x10FFFF || cp == 0xFFFE || cp == 0xFFFF)
-            return static_cast<ptrdiff_t>(i);
-        i += len;
-    }
-    return -1;
 }
 
 // ---- Namespace bindings seen from an element of a built tree ----
@@ -223,17 +169,40 @@ public:
             const char* name = a.name();
             if (std::strncmp(name, "xmlns", 5) != 0)
                 continue;
+            const char* uri = a.value();
+            // The xml prefix and namespace belong together, xmlns is never
+            // declared, and XML 1.0 namespaces cannot undeclare a prefix.
+            bool xmlUri = std::strcmp(uri, kXmlURI) == 0;
+            bool xmlnsUri = std::strcmp(uri, kXmlnsURI) == 0;
+            const char* why = nullptr;
             if (name[5] == '\0') {
-                bind(std::string_view(), a.value());
+                if (xmlUri || xmlnsUri)
+                    why = "a reserved namespace cannot be the default";
+                else if (!HNKXmlTextCheck::isUriReference(uri))
+                    why = "the namespace name is not a URI";
+                else
+                    bind(std::string_view(), uri);
             } else if (name[5] == ':') {
                 std::string_view prefix(name + 6);
-                if (prefix.empty() || prefix.find(':') != std::string_view::npos || prefix == "xmlns" ||
-                    *a.value() == '\0') {
-                    setErrorMessage("fromXML: invalid namespace declaration '%s' at byte offset %td", name,
-                                    el.offset_debug());
-                    return false;
-                }
-                bind(prefix, a.value());
+                if (prefix.empty() || prefix.find(':') != std::string_view::npos)
+                    why = "not a prefix";
+                else if (prefix == "xmlns")
+                    why = "the xmlns prefix cannot be declared";
+                else if (prefix == "xml" ? !xmlUri : xmlUri)
+                    why = "the xml prefix is bound to its own namespace only";
+                else if (xmlnsUri)
+                    why = "the xmlns namespace cannot be bound";
+                else if (*uri == '\0')
+                    why = "a prefix cannot be undeclared";
+                else if (!HNKXmlTextCheck::isUriReference(uri))
+                    why = "the namespace name is not a URI";
+                else
+                    bind(prefix, uri);
+            }
+            if (why) {
+                setErrorMessage("fromXML: invalid namespace declaration '%s' (%s) at byte offset %td", name, why,
+                                el.offset_debug());
+                return false;
             }
         }
         return true;
@@ -299,6 +268,31 @@ bool splitQName(std::string_view qname, std::string_view& prefix, std::string_vi
     return !prefix.empty() && !local.empty() && local.find(':') == std::string_view::npos;
 }
 
+// Two prefixed attributes of `el` must differ in namespace or local name once
+// their prefixes are resolved (p:a and q:a with p and q bound to one URI
+// clash). Only run for elements with two or more prefixed attributes.
+bool checkExpandedAttributeNames(xml_node el, const NamespaceScope& scope)
+{
+    std::vector<std::pair<std::string_view, std::string_view>> names; // (URI, local name)
+    for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
+        std::string_view prefix, local;
+        const char* name = a.name();
+        if ((std::strncmp(name, "xmlns", 5) == 0 && (name[5] == '\0' || name[5] == ':')) ||
+            !splitQName(name, prefix, local) || prefix.empty())
+            continue;
+        names.emplace_back(scope.resolve(prefix), local);
+    }
+    std::sort(names.begin(), names.end());
+    auto twice = std::adjacent_find(names.begin(), names.end());
+    if (twice == names.end())
+        return true;
+    setErrorMessage("fromXML: duplicate attribute {%.*s}%.*s on element '%s' (two prefixes bound to one namespace) "
+                    "at byte offset %td",
+                    static_cast<int>(twice->first.size()), twice->first.data(), static_cast<int>(twice->second.size()),
+                    twice->second.data(), el.name(), el.offset_debug());
+    return false;
+}
+
 bool checkElementNames(xml_node el, const NamespaceScope& scope, bool& prefixedName)
 {
     std::string_view prefix, local;
@@ -307,11 +301,17 @@ bool checkElementNames(xml_node el, const NamespaceScope& scope, bool& prefixedN
         return false;
     }
     prefixedName = prefixedName || !prefix.empty();
+    if (prefix == "xmlns") {
+        setErrorMessage("fromXML: invalid element name '%s' (the xmlns prefix is reserved) at byte offset %td",
+                        el.name(), el.offset_debug());
+        return false;
+    }
     if (!prefix.empty() && !scope.resolve(prefix)) {
         setErrorMessage("fromXML: undeclared namespace prefix '%.*s' in element name '%s' at byte offset %td",
                         static_cast<int>(prefix.size()), prefix.data(), el.name(), el.offset_debug());
         return false;
     }
+    size_t prefixedAttributes = 0;
     for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
         const char* name = a.name();
         if (std::strncmp(name, "xmlns", 5) == 0 && (name[5] == '\0' || name[5] == ':'))
@@ -329,6 +329,7 @@ bool checkElementNames(xml_node el, const NamespaceScope& scope, bool& prefixedN
                             static_cast<int>(prefix.size()), prefix.data(), name, el.offset_debug());
             return false;
         }
+        ++prefixedAttributes;
         if (local != "type" || std::strcmp(uri, kXsiURI) != 0)
             continue;
         std::string_view tprefix, tlocal;
@@ -343,20 +344,23 @@ bool checkElementNames(xml_node el, const NamespaceScope& scope, bool& prefixedN
             return false;
         }
     }
-    return true;
+    return prefixedAttributes < 2 || checkExpandedAttributeNames(el, scope);
 }
 
 // Depth limit, node kinds and namespaces of the tree under `root`, walked
 // without recursion so no document can exhaust the stack. `prefixedNames`
-// tells whether any element name carries a prefix.
-bool checkTree(xml_node root, bool& prefixedNames)
+// tells whether any element name carries a prefix; `where` is the byte offset
+// of a refused element.
+bool checkTree(xml_node root, bool& prefixedNames, ptrdiff_t& where)
 {
     NamespaceScope scope;
     xml_node n = root;
     int depth = 1;
     prefixedNames = false;
-    if (!scope.enter(n) || !checkElementNames(n, scope, prefixedNames))
+    if (!scope.enter(n) || !checkElementNames(n, scope, prefixedNames)) {
+        where = n.offset_debug();
         return false;
+    }
     for (;;) {
         xml_node next = n.first_child();
         if (next) {
@@ -380,13 +384,17 @@ bool checkTree(xml_node root, bool& prefixedNames)
             if (depth > HNKMessageIterator::kMaxDepth) {
                 setErrorMessage("fromXML: elements nested deeper than %d levels at byte offset %td",
                                 HNKMessageIterator::kMaxDepth, n.offset_debug());
+                where = n.offset_debug();
                 return false;
             }
-            if (!scope.enter(n) || !checkElementNames(n, scope, prefixedNames))
+            if (!scope.enter(n) || !checkElementNames(n, scope, prefixedNames)) {
+                where = n.offset_debug();
                 return false;
+            }
             break;
         case pugi::node_doctype:
             setErrorMessage("fromXML: DOCTYPE declarations are not accepted (byte offset %td)", n.offset_debug());
+            where = n.offset_debug();
             return false;
         default:
             break;
@@ -544,11 +552,19 @@ HNKMessageIterator& HNKMessageIterator::operator=(const HNKMessageIterator&) = d
 
 int HNKMessageIterator::fromXML(const std::string& text)
 {
-    size_t skip = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
-    ptrdiff_t bad = findInvalidXmlChar(text.data() + skip, text.size() - skip);
-    if (bad >= 0) {
-        setErrorMessage("fromXML: invalid UTF-8 or a character XML does not allow at byte offset %td",
-                        bad + static_cast<ptrdiff_t>(skip));
+    // Every refusal says what and where: byte offset, line and column.
+    auto refuse = [&text](ptrdiff_t offset) {
+        size_t line, column;
+        HNKXmlTextCheck::position(text.data(), text.size(), static_cast<size_t>(offset), line, column);
+        setErrorMessage("%s (line %zu, column %zu)", getErrorMessage().c_str(), line, column);
+        return -1;
+    };
+    HNKXmlTextCheck::Error bad;
+    if (!HNKXmlTextCheck::check(text.data(), text.size(), bad)) {
+        size_t line, column;
+        HNKXmlTextCheck::position(text.data(), text.size(), bad.offset, line, column);
+        setErrorMessage("fromXML: malformed XML at byte offset %zu (line %zu, column %zu): %s", bad.offset, line,
+                        column, bad.what);
         return -1;
     }
     boost::shared_ptr<Document> doc(new Document);
@@ -563,7 +579,10 @@ int HNKMessageIterator::fromXML(const std::string& text)
         pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment | pugi::parse_embed_pcdata,
         pugi::encoding_utf8);
     if (!result) {
-        setErrorMessage("fromXML: malformed XML at byte offset %td: %s", result.offset, result.description());
+        size_t line, column;
+        HNKXmlTextCheck::position(text.data(), text.size(), static_cast<size_t>(result.offset), line, column);
+        setErrorMessage("fromXML: malformed XML at byte offset %td (line %zu, column %zu): %s", result.offset, line,
+                        column, result.description());
         return -1;
     }
     xml_node root;
@@ -572,17 +591,17 @@ int HNKMessageIterator::fromXML(const std::string& text)
         case pugi::node_element:
             if (root) {
                 setErrorMessage("fromXML: more than one root element (second at byte offset %td)", n.offset_debug());
-                return -1;
+                return refuse(n.offset_debug());
             }
             root = n;
             break;
         case pugi::node_doctype:
             setErrorMessage("fromXML: DOCTYPE declarations are not accepted (byte offset %td)", n.offset_debug());
-            return -1;
+            return refuse(n.offset_debug());
         case pugi::node_pcdata:
         case pugi::node_cdata:
             setErrorMessage("fromXML: text outside the root element at byte offset %td", n.offset_debug());
-            return -1;
+            return refuse(n.offset_debug());
         default:
             break;
         }
@@ -591,8 +610,9 @@ int HNKMessageIterator::fromXML(const std::string& text)
         setErrorMessage("fromXML: empty document: no root element");
         return -1;
     }
-    if (!checkTree(root, doc->prefixedNames))
-        return -1;
+    ptrdiff_t where = 0;
+    if (!checkTree(root, doc->prefixedNames, where))
+        return refuse(where);
     doc_ = doc;
     node_ = root.internal_object();
     namespace_.clear();
@@ -922,7 +942,7 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
 {
     if (!node_)
         return -1;
-    if (findInvalidXmlChar(value, size) >= 0) {
+    if (HNKXmlTextCheck::findInvalidChar(value, size) >= 0) {
         char buf[16];
         setErrorMessage("HNKMessageIterator: the value for element ID %s is not UTF-8 or holds a character "
                         "XML cannot carry",

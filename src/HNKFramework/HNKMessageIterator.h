@@ -38,11 +38,13 @@ public:
 
     // ---- Text form ----
     // Replaces this cursor's document by the parsed text; cursor on the root.
-    // -1 (document unchanged, getErrorMessage() says what and at which byte
-    // offset) on malformed XML, invalid UTF-8 or characters, an empty
-    // document, more than one root, text outside the root, a DOCTYPE, nesting
-    // deeper than kMaxDepth, or an undeclared namespace prefix (element or
-    // attribute names, xsi:type values). Other cursors keep the old document.
+    // -1 (document unchanged, getErrorMessage() says what and where: byte
+    // offset, line and column in characters) on text that is not well-formed
+    // XML 1.0 with namespaces (HNKXmlTextCheck lists what is refused), an
+    // XML declaration other than version 1.0 in UTF-8, an empty document,
+    // more than one root, text outside the root, a DOCTYPE, nesting deeper
+    // than kMaxDepth, or an undeclared namespace prefix (element or attribute
+    // names, xsi:type values). Other cursors keep the old document.
     int fromXML(const std::string& text);
     // The whole document, compact, without XML declaration; "" without one.
     std::string toXML() const;

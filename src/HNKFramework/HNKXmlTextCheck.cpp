@@ -1,0 +1,782 @@
+#include "HNKXmlTextCheck.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <unordered_set>
+
+namespace {
+
+using uchar = unsigned char;
+
+const uint64_t kOnes = 0x0101010101010101ull;
+const uint64_t kHigh = 0x8080808080808080ull;
+const uint64_t kSpaces = 0x2020202020202020ull;
+
+inline uint64_t load8(const uchar* p)
+{
+    uint64_t w;
+    std::memcpy(&w, p, 8);
+    return w;
+}
+
+// Non-zero when some byte of `w` is `b` (exact as a yes/no answer).
+inline uint64_t hasByte(uint64_t w, uchar b)
+{
+    uint64_t v = w ^ (kOnes * b);
+    return (v - kOnes) & ~v & kHigh;
+}
+
+// Skips eight bytes at a time while each is printable ASCII (0x20..0x7F)
+// and none is one of the stop bytes: such bytes are valid characters that
+// need no further look. A byte below 0x20 borrows into its top bit, a byte
+// from 0x80 has it set. In a word that holds another byte, the lowest marked
+// byte is exactly the first one (borrows only mark bytes above a real hit),
+// so the scan stops on it; the last seven bytes or fewer are left to the
+// caller. Little-endian loads: this runs on x86-64.
+template <uchar A, uchar B, uchar C>
+inline const uchar* skipPlain(const uchar* p, const uchar* end)
+{
+    while (end - p >= 8) {
+        uint64_t w = load8(p);
+        uint64_t marks = (((w - kSpaces) | w) & kHigh) | hasByte(w, A) | hasByte(w, B) | hasByte(w, C);
+        if (marks != 0)
+            return p + (__builtin_ctzll(marks) >> 3);
+        p += 8;
+    }
+    return p;
+}
+
+bool isXmlChar(uint32_t cp)
+{
+    if (cp < 0x20)
+        return cp == 0x9 || cp == 0xA || cp == 0xD;
+    if (cp < 0xD800)
+        return true;
+    if (cp < 0xE000)
+        return false;
+    if (cp < 0x10000)
+        return cp != 0xFFFE && cp != 0xFFFF;
+    return cp <= 0x10FFFF;
+}
+
+// Decodes the non-ASCII UTF-8 sequence at `p` (*p >= 0x80); its length, or
+// 0 when it is not UTF-8 or not a character XML 1.0 allows.
+size_t decodeMultiByte(const uchar* p, const uchar* end, uint32_t& cp)
+{
+    uchar c = *p;
+    size_t len;
+    if (c >= 0xC2 && c <= 0xDF) {
+        cp = c & 0x1F;
+        len = 2;
+    } else if (c >= 0xE0 && c <= 0xEF) {
+        cp = c & 0x0F;
+        len = 3;
+    } else if (c >= 0xF0 && c <= 0xF4) {
+        cp = c & 0x07;
+        len = 4;
+    } else {
+        return 0;
+    }
+    if (static_cast<size_t>(end - p) < len)
+        return 0;
+    for (size_t k = 1; k < len; ++k) {
+        if ((p[k] & 0xC0) != 0x80)
+            return 0;
+        cp = (cp << 6) | (p[k] & 0x3F);
+    }
+    bool overlong = (len == 3 && cp < 0x800) || (len == 4 && cp < 0x10000);
+    if (overlong || !isXmlChar(cp))
+        return 0;
+    return len;
+}
+
+// Length of the character at `p` (p < end), 0 when it is not one XML allows.
+inline size_t charLength(const uchar* p, const uchar* end)
+{
+    uchar c = *p;
+    if (c < 0x80)
+        return (c >= 0x20 || c == '\t' || c == '\n' || c == '\r') ? 1 : 0;
+    uint32_t cp;
+    return decodeMultiByte(p, end, cp);
+}
+
+inline bool isBlank(uchar c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+// ASCII name characters: 1 may start a name, 2 may continue one. The colon
+// is handled apart (namespaces give it a meaning), bytes from 0x80 decoded.
+enum : uchar { kStart = 1, kChar = 2 };
+
+// Built at compile time, so a check run from another unit's static
+// initialiser never sees an empty table.
+struct NameTable {
+    uchar t[256] = {}; // bytes from 0x80 are 0: decoded apart
+    constexpr NameTable()
+    {
+        for (int c = 'a'; c <= 'z'; ++c)
+            t[c] = kStart | kChar;
+        for (int c = 'A'; c <= 'Z'; ++c)
+            t[c] = kStart | kChar;
+        t[uchar('_')] = kStart | kChar;
+        for (int c = '0'; c <= '9'; ++c)
+            t[c] = kChar;
+        t[uchar('-')] = kChar;
+        t[uchar('.')] = kChar;
+    }
+};
+constexpr NameTable kNames;
+
+// Name productions of XML 1.0 (fifth edition) beyond ASCII.
+bool isNameStartCp(uint32_t c)
+{
+    return (c >= 0xC0 && c <= 0xD6) || (c >= 0xD8 && c <= 0xF6) || (c >= 0xF8 && c <= 0x2FF) ||
+           (c >= 0x370 && c <= 0x37D) || (c >= 0x37F && c <= 0x1FFF) || (c >= 0x200C && c <= 0x200D) ||
+           (c >= 0x2070 && c <= 0x218F) || (c >= 0x2C00 && c <= 0x2FEF) || (c >= 0x3001 && c <= 0xD7FF) ||
+           (c >= 0xF900 && c <= 0xFDCF) || (c >= 0xFDF0 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0xEFFFF);
+}
+
+bool isNameCp(uint32_t c)
+{
+    return isNameStartCp(c) || c == 0xB7 || (c >= 0x300 && c <= 0x36F) || (c >= 0x203F && c <= 0x2040);
+}
+
+class Scanner {
+public:
+    Scanner(const uchar* begin, const uchar* end) : begin_(begin), p_(begin), end_(end) {}
+
+    bool run(HNKXmlTextCheck::Error& error)
+    {
+        bool ok = document();
+        if (!ok) {
+            error.offset = static_cast<size_t>(at_ - begin_);
+            error.what = what_;
+        }
+        return ok;
+    }
+
+private:
+    bool fail(const uchar* at, const char* what)
+    {
+        at_ = at;
+        what_ = what;
+        return false;
+    }
+
+    bool more(size_t n = 1) const { return static_cast<size_t>(end_ - p_) >= n; }
+    bool startsWith(const char* s, size_t n) const { return more(n) && std::memcmp(p_, s, n) == 0; }
+
+    bool skipBlanks()
+    {
+        const uchar* from = p_;
+        while (p_ < end_ && isBlank(*p_))
+            ++p_;
+        return p_ != from;
+    }
+
+    // Validates and passes one character; false (error set) when invalid.
+    bool passChar()
+    {
+        size_t len = charLength(p_, end_);
+        if (len == 0)
+            return fail(p_, "invalid UTF-8 or a character XML does not allow");
+        p_ += len;
+        return true;
+    }
+
+    // A Name at p_; with `qualified` a namespace QName (NCName, or NCName ':'
+    // NCName); without, an NCName (entity names, PI targets). False when the
+    // text there is no such name; p_ then is undefined.
+    bool name(bool qualified)
+    {
+        // Most names are ASCII without a colon: one tight loop.
+        if (p_ < end_ && (kNames.t[*p_] & kStart)) {
+            const uchar* from = p_;
+            for (++p_; p_ < end_ && (kNames.t[*p_] & kChar); ++p_) {
+            }
+            if (p_ == end_ || (*p_ < 0x80 && *p_ != ':'))
+                return true;
+            p_ = from;
+        }
+        bool start = true;
+        bool colon = false;
+        while (p_ < end_) {
+            uchar c = *p_;
+            if (c < 0x80) {
+                uchar k = kNames.t[c];
+                if (start ? (k & kStart) : (k & kChar)) {
+                    ++p_;
+                    start = false;
+                    continue;
+                }
+                if (c != ':')
+                    break;
+                if (!qualified || colon || start)
+                    return false;
+                colon = true;
+                start = true; // the local part must begin with a start character
+                ++p_;
+                continue;
+            }
+            uint32_t cp;
+            size_t len = decodeMultiByte(p_, end_, cp);
+            if (len == 0)
+                return false;
+            if (!(start ? isNameStartCp(cp) : isNameCp(cp)))
+                return false;
+            p_ += len;
+            start = false;
+        }
+        return !start;
+    }
+
+    bool document()
+    {
+        if (startsWith("\xEF\xBB\xBF", 3))
+            p_ += 3;
+        if (startsWith("<?xml", 5) && more(6) && (isBlank(p_[5]) || p_[5] == '?')) {
+            if (!xmlDeclaration())
+                return false;
+        }
+        while (p_ < end_) {
+            if (*p_ == '<') {
+                if (!markup())
+                    return false;
+            } else if (depth_ == 0) {
+                if (isBlank(*p_)) {
+                    ++p_;
+                    continue;
+                }
+                if (charLength(p_, end_) == 0)
+                    return fail(p_, "invalid UTF-8 or a character XML does not allow");
+                return fail(p_, "text outside the root element");
+            } else if (!content()) {
+                return false;
+            }
+        }
+        if (depth_ > 0)
+            return fail(end_, "unclosed element at the end of the text");
+        if (!roots_)
+            return fail(end_, "empty document: no root element");
+        return true;
+    }
+
+    // Character data up to the next '<' (or the end).
+    bool content()
+    {
+        const uchar* run = p_;
+        bool blankReference = false;
+        for (;;) {
+            p_ = skipPlain<'<', '&', ']'>(p_, end_);
+            if (p_ == end_ || *p_ == '<')
+                return !blankReference || !blankOnly(run, p_) ||
+                       fail(run, "text of white space only from character references (it cannot be written back)");
+            uchar c = *p_;
+            if (c == '&') {
+                const uchar* amp = p_;
+                if (!reference(true))
+                    return false;
+                blankReference = blankReference || (amp[1] == '#' && lastReference_ <= 0x20 && isBlank(static_cast<uchar>(lastReference_)));
+                continue;
+            }
+            if (c == ']') {
+                if (more(3) && p_[1] == ']' && p_[2] == '>')
+                    return fail(p_, "']]>' in text content");
+                ++p_;
+                continue;
+            }
+            if (!passChar())
+                return false;
+        }
+    }
+
+    // True when the checked text run [from, to) is nothing but blanks, raw
+    // or as character references. The parser drops a run of raw blanks but
+    // keeps one holding a reference, and the tree writes it back raw: read
+    // again, it would be gone. Only runs holding a blank reference (rare)
+    // are looked at again.
+    static bool blankOnly(const uchar* from, const uchar* to)
+    {
+        for (const uchar* p = from; p < to; ++p) {
+            if (isBlank(*p))
+                continue;
+            if (*p != '&' || p[1] != '#')
+                return false;
+            bool hex = p[2] == 'x';
+            uint32_t value = 0;
+            for (p += hex ? 3 : 2; *p != ';'; ++p)
+                value = value * (hex ? 16 : 10) + static_cast<uint32_t>(*p <= '9' ? *p - '0' : (*p | 0x20) - 'a' + 10);
+            if (value > 0x20 || !isBlank(static_cast<uchar>(value)))
+                return false;
+        }
+        return true;
+    }
+
+    // '&' at p_: a character reference to a character XML allows, or one of
+    // the five predefined entities (there is no DTD to define others). In
+    // text content a reference to CR is refused too: the tree writes text
+    // with a raw CR, which every parser reads back as LF, so the value could
+    // not be written back.
+    bool reference(bool inText)
+    {
+        const uchar* amp = p_;
+        ++p_;
+        if (p_ < end_ && *p_ == '#') {
+            ++p_;
+            bool hex = p_ < end_ && *p_ == 'x';
+            if (hex)
+                ++p_;
+            uint32_t value = 0;
+            size_t digits = 0;
+            for (; p_ < end_; ++p_, ++digits) {
+                uchar c = *p_;
+                uint32_t d;
+                if (c >= '0' && c <= '9')
+                    d = c - '0';
+                else if (hex && c >= 'a' && c <= 'f')
+                    d = c - 'a' + 10;
+                else if (hex && c >= 'A' && c <= 'F')
+                    d = c - 'A' + 10;
+                else
+                    break;
+                value = value * (hex ? 16 : 10) + d;
+                if (value > 0x10FFFF)
+                    value = 0x110000; // stays out of range, never overflows
+            }
+            if (digits == 0 || p_ == end_ || *p_ != ';')
+                return fail(amp, "malformed character reference");
+            if (!isXmlChar(value))
+                return fail(amp, "character reference to a character XML does not allow");
+            lastReference_ = value;
+            if (value == 0xD && inText)
+                return fail(amp, "character reference to CR in text content (it cannot be written back)");
+            ++p_;
+            return true;
+        }
+        const uchar* nameStart = p_;
+        if (!name(false))
+            return fail(amp, "'&' that starts no reference (write &amp;)");
+        std::string_view n(reinterpret_cast<const char*>(nameStart), static_cast<size_t>(p_ - nameStart));
+        if (p_ == end_ || *p_ != ';')
+            return fail(amp, "entity reference without ';'");
+        if (n != "lt" && n != "gt" && n != "amp" && n != "apos" && n != "quot")
+            return fail(amp, "reference to an undefined entity");
+        ++p_;
+        return true;
+    }
+
+    bool markup()
+    {
+        const uchar* lt = p_;
+        if (!more(2))
+            return fail(lt, "unterminated markup");
+        switch (p_[1]) {
+        case '/':
+            return endTag();
+        case '?':
+            return processingInstruction();
+        case '!':
+            if (startsWith("<!--", 4))
+                return comment();
+            if (startsWith("<![CDATA[", 9)) {
+                if (depth_ == 0)
+                    return fail(lt, "text outside the root element (CDATA section)");
+                return cdata();
+            }
+            if (startsWith("<!DOCTYPE", 9))
+                return fail(lt, "DOCTYPE declarations are not accepted");
+            return fail(lt, "malformed markup after '<!'");
+        default:
+            return startTag();
+        }
+    }
+
+    bool startTag()
+    {
+        const uchar* lt = p_;
+        if (depth_ == 0 && roots_)
+            return fail(lt, "more than one root element");
+        ++p_;
+        if (!name(true))
+            return fail(lt + 1, "invalid element name");
+        size_t count = 0;
+        for (;;) {
+            bool blank = skipBlanks();
+            if (p_ == end_)
+                return fail(lt, "unterminated start tag");
+            if (*p_ == '>') {
+                ++p_;
+                ++depth_;
+                break;
+            }
+            if (*p_ == '/') {
+                if (!more(2) || p_[1] != '>')
+                    return fail(p_, "malformed start tag: '/' not followed by '>'");
+                p_ += 2;
+                break;
+            }
+            if (!blank)
+                return fail(p_, "malformed start tag: white space expected before an attribute");
+            if (!attribute(count))
+                return false;
+        }
+        roots_ = true;
+        if (count > kInline)
+            overflow_.clear();
+        return true;
+    }
+
+    bool attribute(size_t& count)
+    {
+        const uchar* nameStart = p_;
+        if (!name(true))
+            return fail(nameStart, "invalid attribute name");
+        std::string_view n(reinterpret_cast<const char*>(nameStart), static_cast<size_t>(p_ - nameStart));
+        if (!remember(n, count))
+            return fail(nameStart, "duplicate attribute");
+        skipBlanks();
+        if (p_ == end_ || *p_ != '=')
+            return fail(p_, "attribute without '=' and a value");
+        ++p_;
+        skipBlanks();
+        if (p_ == end_ || (*p_ != '"' && *p_ != '\''))
+            return fail(p_, "attribute value not in quotes");
+        uchar quote = *p_++;
+        for (;;) {
+            p_ = quote == '"' ? skipPlain<'"', '<', '&'>(p_, end_) : skipPlain<'\'', '<', '&'>(p_, end_);
+            if (p_ == end_)
+                return fail(nameStart, "unterminated attribute value");
+            uchar c = *p_;
+            if (c == quote) {
+                ++p_;
+                return true;
+            }
+            if (c == '<')
+                return fail(p_, "'<' in an attribute value");
+            if (c == '&') {
+                if (!reference(false))
+                    return false;
+                continue;
+            }
+            if (!passChar())
+                return false;
+        }
+    }
+
+    // Notes an attribute name of the current start tag; false when the tag
+    // had it already. The usual few are compared directly, without memory.
+    bool remember(std::string_view n, size_t& count)
+    {
+        if (count < kInline) {
+            for (size_t i = 0; i < count; ++i)
+                if (seen_[i] == n)
+                    return false;
+            seen_[count++] = n;
+            return true;
+        }
+        if (count == kInline)
+            overflow_.insert(seen_, seen_ + kInline);
+        ++count;
+        return overflow_.insert(n).second;
+    }
+
+    bool endTag()
+    {
+        const uchar* lt = p_;
+        if (depth_ == 0)
+            return fail(lt, "end tag without a start tag");
+        p_ += 2;
+        if (!name(true))
+            return fail(lt + 2, "invalid element name in an end tag");
+        skipBlanks();
+        if (p_ == end_ || *p_ != '>')
+            return fail(lt, "malformed end tag");
+        ++p_;
+        --depth_;
+        return true;
+    }
+
+    // "<!--" at p_. "--" may only close a comment, so a comment never ends
+    // in "--->".
+    bool comment()
+    {
+        const uchar* lt = p_;
+        p_ += 4;
+        for (;;) {
+            p_ = skipPlain<'-', '-', '-'>(p_, end_);
+            if (p_ == end_)
+                return fail(lt, "unterminated comment");
+            if (*p_ != '-') {
+                if (!passChar())
+                    return false;
+                continue;
+            }
+            if (more(2) && p_[1] == '-') {
+                if (!more(3) || p_[2] != '>')
+                    return fail(p_, "'--' inside a comment");
+                p_ += 3;
+                return true;
+            }
+            ++p_;
+        }
+    }
+
+    bool cdata()
+    {
+        const uchar* lt = p_;
+        p_ += 9;
+        for (;;) {
+            p_ = skipPlain<']', ']', ']'>(p_, end_);
+            if (p_ == end_)
+                return fail(lt, "unterminated CDATA section");
+            if (*p_ == ']') {
+                if (more(3) && p_[1] == ']' && p_[2] == '>') {
+                    p_ += 3;
+                    return true;
+                }
+                ++p_;
+                continue;
+            }
+            if (!passChar())
+                return false;
+        }
+    }
+
+    // "<?" at p_: a processing instruction whose target is not "xml" in any
+    // case (the declaration is read by xmlDeclaration, first in the text).
+    bool processingInstruction()
+    {
+        const uchar* lt = p_;
+        p_ += 2;
+        const uchar* target = p_;
+        if (!name(false))
+            return fail(target, "invalid processing instruction target");
+        if (p_ - target == 3 && (target[0] | 0x20) == 'x' && (target[1] | 0x20) == 'm' && (target[2] | 0x20) == 'l')
+            return fail(lt, std::memcmp(target, "xml", 3) == 0 ? "XML declaration not at the start of the text"
+                                                                 : "processing instruction target 'xml' is reserved");
+        if (startsWith("?>", 2)) {
+            p_ += 2;
+            return true;
+        }
+        if (!skipBlanks())
+            return fail(p_, "malformed processing instruction");
+        for (;;) {
+            p_ = skipPlain<'?', '?', '?'>(p_, end_);
+            if (p_ == end_)
+                return fail(lt, "unterminated processing instruction");
+            if (*p_ == '?' && more(2) && p_[1] == '>') {
+                p_ += 2;
+                return true;
+            }
+            if (!passChar())
+                return false;
+        }
+    }
+
+    // Eq and a quoted value made of ASCII letters, digits, '.', '_' and '-'
+    // (what the three pseudo-attributes can hold); false when malformed.
+    bool pseudoValue(std::string_view& value)
+    {
+        skipBlanks();
+        if (p_ == end_ || *p_ != '=')
+            return false;
+        ++p_;
+        skipBlanks();
+        if (p_ == end_ || (*p_ != '"' && *p_ != '\''))
+            return false;
+        uchar quote = *p_++;
+        const uchar* from = p_;
+        while (p_ < end_ && *p_ != quote) {
+            uchar c = *p_;
+            if (!(kNames.t[c] & kChar))
+                return false;
+            ++p_;
+        }
+        if (p_ == end_)
+            return false;
+        value = std::string_view(reinterpret_cast<const char*>(from), static_cast<size_t>(p_ - from));
+        ++p_;
+        return true;
+    }
+
+    static bool equalsNoCase(std::string_view a, const char* b)
+    {
+        size_t n = std::strlen(b);
+        if (a.size() != n)
+            return false;
+        for (size_t i = 0; i < n; ++i) {
+            char c = a[i];
+            if (c >= 'A' && c <= 'Z')
+                c = static_cast<char>(c + ('a' - 'A'));
+            if (c != b[i])
+                return false;
+        }
+        return true;
+    }
+
+    // "<?xml" and a blank at p_, the very start of the text. Only version
+    // 1.0 in UTF-8 is read: the text is taken as UTF-8 whatever it declares.
+    bool xmlDeclaration()
+    {
+        const uchar* lt = p_;
+        p_ += 5;
+        std::string_view value;
+        bool blank = skipBlanks();
+        if (!blank || !startsWith("version", 7))
+            return fail(lt, "XML declaration without a version");
+        p_ += 7;
+        const uchar* at = p_;
+        if (!pseudoValue(value))
+            return fail(at, "malformed version in the XML declaration");
+        if (value == "1.1")
+            return fail(at, "XML 1.1 documents are not accepted");
+        if (value != "1.0")
+            return fail(at, "unsupported XML version (only 1.0)");
+        blank = skipBlanks();
+        if (blank && startsWith("encoding", 8)) {
+            p_ += 8;
+            at = p_;
+            if (!pseudoValue(value) || value.empty() || !(kNames.t[static_cast<uchar>(value[0])] & kStart) ||
+                value[0] == '_')
+                return fail(at, "malformed encoding name in the XML declaration");
+            if (!equalsNoCase(value, "utf-8"))
+                return fail(at, "unsupported encoding (only UTF-8)");
+            blank = skipBlanks();
+        }
+        if (blank && startsWith("standalone", 10)) {
+            p_ += 10;
+            at = p_;
+            if (!pseudoValue(value) || (value != "yes" && value != "no"))
+                return fail(at, "standalone must be \"yes\" or \"no\" in the XML declaration");
+            skipBlanks();
+        }
+        if (!startsWith("?>", 2))
+            return fail(p_, "malformed XML declaration");
+        p_ += 2;
+        return true;
+    }
+
+    static const size_t kInline = 16;
+
+    const uchar* begin_;
+    const uchar* p_;
+    const uchar* end_;
+    const uchar* at_ = nullptr;
+    const char* what_ = nullptr;
+    uint32_t lastReference_ = 0; // value of the last character reference
+    size_t depth_ = 0;
+    bool roots_ = false;
+    std::string_view seen_[kInline];
+    std::unordered_set<std::string_view> overflow_;
+};
+
+} // namespace
+
+bool HNKXmlTextCheck::check(const char* text, size_t size, Error& error)
+{
+    const uchar* begin = reinterpret_cast<const uchar*>(text);
+    Scanner scanner(begin, begin + size);
+    return scanner.run(error);
+}
+
+ptrdiff_t HNKXmlTextCheck::findInvalidChar(const char* text, size_t size)
+{
+    const uchar* begin = reinterpret_cast<const uchar*>(text);
+    const uchar* end = begin + size;
+    const uchar* p = begin;
+    for (;;) {
+        p = skipPlain<0, 0, 0>(p, end); // no stop byte: NUL is caught by the range test
+        if (p == end)
+            return -1;
+        size_t len = charLength(p, end);
+        if (len == 0)
+            return p - begin;
+        p += len;
+    }
+}
+
+namespace {
+
+bool isAlpha(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isHex(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+
+// unreserved, sub-delims, and the gen-delims a URI may hold unescaped, so
+// every byte that may appear outside '%' escapes; brackets and '&' aside
+// (libxml2 refuses a namespace name holding '&', which it keeps escaped).
+bool isUriChar(char c)
+{
+    return isAlpha(c) || isDigit(c) || (c != '\0' && std::strchr("-._~!$'()*+,;=:/?#@", c) != nullptr);
+}
+
+} // namespace
+
+bool HNKXmlTextCheck::isUriReference(const char* uri)
+{
+    std::string_view u(uri);
+    int hashes = 0;
+    for (size_t i = 0; i < u.size(); ++i) {
+        char c = u[i];
+        if (c == '%') {
+            if (i + 2 >= u.size() || !isHex(u[i + 1]) || !isHex(u[i + 2]))
+                return false;
+            i += 2;
+            continue;
+        }
+        if (!isUriChar(c) || (c == '#' && ++hashes > 1))
+            return false;
+    }
+    std::string_view rest = u;
+    size_t delim = u.find_first_of(":/?#");
+    if (delim != std::string_view::npos && u[delim] == ':') {
+        if (delim == 0 || !isAlpha(u[0]))
+            return false;
+        for (size_t i = 1; i < delim; ++i)
+            if (!isAlpha(u[i]) && !isDigit(u[i]) && u[i] != '+' && u[i] != '-' && u[i] != '.')
+                return false;
+        rest = u.substr(delim + 1);
+    }
+    if (rest.substr(0, 2) != "//")
+        return true;
+    // authority: [userinfo "@"] host [":" port]
+    rest.remove_prefix(2);
+    std::string_view authority = rest.substr(0, rest.find_first_of("/?#"));
+    size_t at = authority.find('@');
+    if (at != std::string_view::npos)
+        authority.remove_prefix(at + 1);
+    if (authority.find('@') != std::string_view::npos)
+        return false;
+    size_t colon = authority.find(':');
+    if (colon == std::string_view::npos)
+        return true;
+    // RFC 3986 allows an empty port and any number of digits; libxml2 wants
+    // a port that fits its int.
+    if (colon + 1 == authority.size())
+        return false;
+    uint64_t port = 0;
+    for (char c : authority.substr(colon + 1)) {
+        if (!isDigit(c))
+            return false;
+        port = std::min<uint64_t>(port * 10 + static_cast<uint64_t>(c - '0'), uint64_t(1) << 32);
+    }
+    return port <= 2147483647u;
+}
+
+void HNKXmlTextCheck::position(const char* text, size_t size, size_t offset, size_t& line, size_t& column)
+{
+    if (offset > size)
+        offset = size;
+    line = 1;
+    column = 1;
+    for (size_t i = 0; i < offset; ++i) {
+        unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c == '\n' || c == '\r') {
+            if (c == '\r' && i + 1 < offset && text[i + 1] == '\n')
+                ++i;
+            ++line;
+            column = 1;
+        } else if ((c & 0xC0) != 0x80) {
+            ++column;
+        }
+    }
+}
