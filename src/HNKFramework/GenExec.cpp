@@ -20,6 +20,19 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// The stop flag installed on this thread (GenExec::setThreadStopFlag).
+thread_local const std::atomic<bool>* t_stopFlag = nullptr;
+
+static_assert(std::atomic<bool>::is_always_lock_free, "a stop flag must be settable from a signal handler");
+
+// A wait of waitMs (-1: no limit) cut so that a stop flag is looked at often.
+int stopSlice(int waitMs)
+{
+    if (!t_stopFlag)
+        return waitMs;
+    return waitMs < 0 || waitMs > GenExec::kStopCheckMs ? GenExec::kStopCheckMs : waitMs;
+}
+
 constexpr int kStdout = 0;
 constexpr int kStderr = 1;
 
@@ -83,6 +96,7 @@ struct HWExec::Impl {
     int status = -1;
     int termSignal = 0;
     bool timedOut = false;
+    bool cancelled = false;
     bool started = false;
 
     ~Impl() { killAll(); }
@@ -103,7 +117,21 @@ struct HWExec::Impl {
         status = -1;
         termSignal = 0;
         timedOut = false;
+        cancelled = false;
         started = false;
+    }
+
+    // Kills everything of the run once the thread's stop flag is set.
+    bool stopIfRequested()
+    {
+        if (!GenExec::stopRequested())
+            return false;
+        if (!cancelled && (running() || streamsOpen() || group > 0)) {
+            killAll();
+            lines.clear();
+        }
+        cancelled = true;
+        return true;
     }
 
     int spawn(const std::vector<std::string>& argv, int flags)
@@ -115,6 +143,11 @@ struct HWExec::Impl {
         }
         reset(flags);
         program = argv.empty() ? std::string() : argv[0];
+        if (GenExec::stopRequested()) {
+            cancelled = true;
+            setErrorMessage("cancelled");
+            return -1;
+        }
         if (argv.empty() || argv[0].empty()) {
             setErrorMessage("No program to run");
             return -1;
@@ -241,7 +274,7 @@ struct HWExec::Impl {
         }
         if (n == 0)
             return;
-        if (::poll(p, n, waitMs) <= 0)
+        if (::poll(p, n, stopSlice(waitMs)) <= 0)
             return; // time-out, or EINTR: the caller looks at its clock again
         char buf[65536];
         for (nfds_t i = 0; i < n; ++i) {
@@ -301,7 +334,7 @@ struct HWExec::Impl {
     bool pumpUntil(Clock::time_point deadline, bool forever)
     {
         for (;;) {
-            if (done())
+            if (stopIfRequested() || done())
                 return true;
             int left = forever ? -1 : msLeft(deadline);
             if (streamsOpen()) {
@@ -336,8 +369,12 @@ struct HWExec::Impl {
     int finish(bool withStderr)
     {
         group = -1;
-        if (timedOut)
+        if (timedOut || cancelled)
             status = -1;
+        if (cancelled) {
+            setErrorMessage("cancelled");
+            return -1;
+        }
         if (status == 0)
             return 0;
         std::string detail;
@@ -415,6 +452,11 @@ std::string HWExec::getsWTimeout(int timeoutQuarters, int* finished)
         Clock::now() + std::chrono::milliseconds(static_cast<long long>(timeoutQuarters < 0 ? 0 : timeoutQuarters) *
                                                  kGetsUnitMs);
     for (;;) {
+        if (d.stopIfRequested()) {
+            if (finished)
+                *finished = 0;
+            return std::string();
+        }
         if (!d.lines.empty()) {
             std::string line = std::move(d.lines.front());
             d.lines.pop_front();
@@ -450,3 +492,15 @@ int HWExec::wait()
 }
 
 int HWExec::exitStatus() const { return impl_->status; }
+
+const std::atomic<bool>* GenExec::setThreadStopFlag(const std::atomic<bool>* flag) noexcept
+{
+    const std::atomic<bool>* previous = t_stopFlag;
+    t_stopFlag = flag;
+    return previous;
+}
+
+bool GenExec::stopRequested() noexcept
+{
+    return t_stopFlag && t_stopFlag->load(std::memory_order_acquire);
+}

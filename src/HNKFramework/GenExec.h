@@ -38,11 +38,24 @@
 //   standard-error lines as progress, captured but not reported.
 //   smbclient sends transfer progress to standard error and failures to
 //   standard output, so start(argv, 6) reports exactly the failures.
+#include <atomic>
 #include <string>
 #include <vector>
 
 class GenExec {
 public:
+    // Stop hook, for callers that must be able to stop a run from another
+    // thread or a signal handler. While a flag is installed on a thread, every
+    // run that thread starts, waits for or polls watches it (at least every
+    // kStopCheckMs): once it is true, the child's process group is killed and
+    // reaped, nothing new starts, and the call fails with the message
+    // "cancelled". The flag must outlive its installation. Returns the flag
+    // installed before, so that installations nest.
+    static const std::atomic<bool>* setThreadStopFlag(const std::atomic<bool>* flag) noexcept;
+    // True when a flag is installed on this thread and it is set.
+    static bool stopRequested() noexcept;
+    static constexpr int kStopCheckMs = 50;
+
     // Length of one time-out unit of getsWTimeout(), in milliseconds.
     static constexpr int kGetsUnitMs = 250;
 
