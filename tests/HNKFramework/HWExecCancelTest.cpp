@@ -182,4 +182,26 @@ TEST(HWExecCancelTest, SignalHandlerCanStopARun)
     ::sigaction(SIGALRM, &old, nullptr);
 }
 
+TEST(HWExecCancelTest, ChildDiesWithACallerKilledOutright)
+{
+    const std::string pidFile = tempPath("orphan.pid");
+    ::unlink(pidFile.c_str());
+    pid_t caller = ::fork();
+    ASSERT_GE(caller, 0);
+    if (caller == 0) {
+        HWExec exec;
+        exec.execWithError(sh("echo $$ > '" + pidFile + "'; exec sleep 60"), 0, 80000);
+        ::_exit(0);
+    }
+    const pid_t tool = waitForPid(pidFile);
+    ::kill(caller, SIGKILL);
+    int st = 0;
+    ASSERT_EQ(::waitpid(caller, &st, 0), caller);
+    ASSERT_GT(tool, 0);
+    // processGone() looks for up to 5 s; the death signal comes at once.
+    EXPECT_TRUE(processGone(tool)) << "the tool outlived its caller";
+    ::kill(tool, SIGKILL);
+    ::unlink(pidFile.c_str());
+}
+
 } // namespace

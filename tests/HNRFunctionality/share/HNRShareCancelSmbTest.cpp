@@ -11,7 +11,9 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <csignal>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -189,6 +191,31 @@ TEST_F(HNRShareCancelSmbTest, CancelledBeforehandRunsNothingAndResetAllowsTheNex
         EXPECT_TRUE(HNRShareConnection::putFiles({local / "small"}, guest(), true, nullptr)) << getErrorMessage();
     }
     EXPECT_EQ(fileSize(guestDir + "/small"), 10);
+}
+
+TEST_F(HNRShareCancelSmbTest, CallerKilledMidPutLeavesNoToolAfterOneSecond)
+{
+    const std::string big = local / "killed.bin";
+    makeSparse(big, kLarge);
+    const HNR::HNRShareParams params = guest();
+    pid_t caller = ::fork();
+    ASSERT_GE(caller, 0);
+    if (caller == 0) {
+        HNRShareConnection::putFiles({big}, params, true, nullptr);
+        ::_exit(0);
+    }
+    ASSERT_TRUE(waitForGrowth(guestDir + "/killed.bin", 1 << 20));
+    ASSERT_EQ(processesMentioning(local.path()), 1);
+    ::kill(caller, SIGKILL);
+    int st = 0;
+    ASSERT_EQ(::waitpid(caller, &st, 0), caller);
+    const auto killed = std::chrono::steady_clock::now();
+    while (processesMentioning(local.path()) != 0 && std::chrono::steady_clock::now() - killed < std::chrono::seconds(1))
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(processesMentioning(local.path()), 0) << "smbclient outlived its caller by a second";
+    const long long after = fileSize(guestDir + "/killed.bin");
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_EQ(fileSize(guestDir + "/killed.bin"), after) << "the share file still grows";
 }
 
 } // namespace
