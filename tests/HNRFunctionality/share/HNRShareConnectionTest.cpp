@@ -325,6 +325,22 @@ TEST_F(HNRShareConnectionTest, UnsafeNamesAreRefusedBeforeAnyToolRuns)
     EXPECT_FALSE(ran("smbclient"));
 }
 
+TEST_F(HNRShareConnectionTest, CredentialsThatCannotBeCarriedAreRefusedBeforeTheMountListing)
+{
+    HNRShareConnection connection;
+    EXPECT_FALSE(connection.connect(HNRShareParams("\\\\srv\\share", "user", "pass,word")));
+    EXPECT_EQ(getErrorMessage(),
+              "Can't mount share '//srv/share': the password holds ',', a line break or NUL, which mount.cifs would misread");
+    EXPECT_FALSE(connection.connect(HNRShareParams("\\\\srv\\share", "us,er", "password")));
+    EXPECT_NE(getErrorMessage().find("the login holds ','"), std::string::npos) << getErrorMessage();
+    EXPECT_FALSE(connection.connect(HNRShareParams("\\\\srv\\share\\..\\other", "user", "password")));
+    EXPECT_NE(getErrorMessage().find("has a '..' component"), std::string::npos) << getErrorMessage();
+    EXPECT_FALSE(HNRShareConnection::check(HNRShareParams("\\\\srv\\share", "us%er", "password")));
+    EXPECT_FALSE(ran("mount"));
+    EXPECT_FALSE(ran("mount.cifs"));
+    EXPECT_FALSE(ran("smbclient"));
+}
+
 TEST_F(HNRShareConnectionTest, CreateDirScript)
 {
     ASSERT_TRUE(HNRShareConnection::createDir("a/b\\new", params("\\\\srv\\share"))) << getErrorMessage();
