@@ -318,14 +318,19 @@ bool HNRShareConnection::putFiles(const std::vector<std::string>& files, const H
                 ++last;
             // The files smbclient reported done, and what the share holds of
             // the one it is writing (one small listing).
+            bool started = false;
             const auto measure = [&](const GenExec& runner) -> std::uint64_t {
                 const std::size_t reported = putsReported(runner.getOutput(GenExec::OUTPUT_STDERR));
                 std::uint64_t bytes = 0;
                 std::size_t i = first;
                 for (; i < last && i < first + reported; ++i)
                     bytes += plan.items[i].size;
+                // The first computation comes as smbclient starts: nothing is
+                // written yet, and a listing would only compete with it.
+                const bool look = started;
+                started = true;
                 std::string output;
-                if (i < last && plan.items[i].size > 0 &&
+                if (look && i < last && plan.items[i].size > 0 &&
                     listTolerant(loc, "prompt off" + HNRShareScript::list(plan.items[i].remote), output)) {
                     const std::vector<HNRListingBlock> blocks = parseListing(output);
                     if (!blocks.empty())
