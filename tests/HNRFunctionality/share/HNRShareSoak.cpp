@@ -1,7 +1,10 @@
 // The share client's fault campaign against a real smbd (run inside
 // scripts/with-smbd; scripts/soak-share runs the full one, CTest a small one).
 //
-//   HNRShareSoak [--rounds N] [--mb M]
+//   HNRShareSoak [--rounds N] [--mb M] [--files F --folders D]
+//
+// With --files, first a tree of F files in D folders is put and got back and
+// compared byte for byte (scripts/soak-share: 10,000 in 200).
 //
 // Rounds of a put and of a get whose server side is killed mid-transfer
 // (time to return, tool processes left, bytes reported), a local disk that
@@ -22,6 +25,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <sched.h>
 #include <set>
 #include <string>
@@ -354,6 +358,77 @@ void sixteenThreads(Campaign& c, int rounds)
     ::unsetenv("HNR_FAKE_MTAB");
 }
 
+std::uint64_t checksum(const std::string& path)
+{
+    const std::string data = readAll(path);
+    std::uint64_t h = 1469598103934665603ull;
+    for (unsigned char ch : data) {
+        h ^= ch;
+        h *= 1099511628211ull;
+    }
+    return h;
+}
+
+// Relative name -> checksum of every file below root.
+std::map<std::string, std::uint64_t> treeSums(const std::string& root)
+{
+    std::map<std::string, std::uint64_t> sums;
+    for (fs::recursive_directory_iterator it(root), end; it != end; ++it)
+        if (fs::is_regular_file(it->path()))
+            sums[it->path().string().substr(root.size())] = checksum(it->path().string());
+    return sums;
+}
+
+class CountingProgress : public HNRShareConnection::Progress {
+public:
+    void setProgress(double percent) override
+    {
+        monotonic = monotonic && percent >= last;
+        last = percent;
+    }
+    double last = 0.0;
+    bool monotonic = true;
+};
+
+void bigTree(Campaign& c, long files, long folders)
+{
+    const std::string tree = c.local + "/big tree";
+    for (long f = 0; f < files; ++f) {
+        const std::string folder = tree + "/folder " + std::to_string(f % folders);
+        fs::create_directories(folder);
+        writeBytes(folder + "/file number " + std::to_string(f), static_cast<std::uint64_t>(f * 131 % 8192),
+                   static_cast<unsigned>(f));
+    }
+    const HNRShareParams params(c.share, "", "");
+    CountingProgress put;
+    auto start = Clock::now();
+    bool ok = HNRShareConnection::putFiles({tree}, params, true, &put);
+    const double putSeconds = seconds(Clock::now() - start);
+    if (!ok)
+        std::printf("  put: %s\n", getErrorMessage().c_str());
+    const bool putSame = ok && treeSums(c.shareDir + "/big tree") == treeSums(tree);
+    const std::string out = c.local + "/big out";
+    fs::create_directories(out);
+    CountingProgress get;
+    start = Clock::now();
+    bool got = HNRShareConnection::getFiles({"big tree"}, params, out, true, &get);
+    const double getSeconds = seconds(Clock::now() - start);
+    if (!got)
+        std::printf("  get: %s\n", getErrorMessage().c_str());
+    const bool getSame = got && treeSums(out + "/big tree") == treeSums(tree);
+    std::printf("%ld files in %ld folders: put %s in %.1f s (identical: %s, progress monotonic to %.0f: %s), "
+                "get %s in %.1f s (identical: %s, progress monotonic to %.0f: %s)\n",
+                files, folders, ok ? "true" : "FALSE", putSeconds, putSame ? "yes" : "NO", put.last,
+                put.monotonic ? "yes" : "NO", got ? "true" : "FALSE", getSeconds, getSame ? "yes" : "NO", get.last,
+                get.monotonic ? "yes" : "NO");
+    expect(putSame && getSame && put.monotonic && get.monotonic && put.last == 100.0 && get.last == 100.0,
+           "big tree");
+    boost::system::error_code ec;
+    fs::remove_all(tree, ec);
+    fs::remove_all(out, ec);
+    fs::remove_all(c.shareDir + "/big tree", ec);
+}
+
 void hostileNames(Campaign& c)
 {
     const HNRShareParams params(c.share, "", "");
@@ -380,11 +455,17 @@ int main(int argc, char** argv)
 {
     int rounds = 20;
     long mb = 100;
+    long files = 0;
+    long folders = 1;
     for (int i = 1; i + 1 < argc; i += 2) {
         if (std::string(argv[i]) == "--rounds")
             rounds = std::atoi(argv[i + 1]);
         else if (std::string(argv[i]) == "--mb")
             mb = std::atol(argv[i + 1]);
+        else if (std::string(argv[i]) == "--files")
+            files = std::atol(argv[i + 1]);
+        else if (std::string(argv[i]) == "--folders")
+            folders = std::max(1L, std::atol(argv[i + 1]));
     }
     Campaign c;
     if (c.share.empty() || c.smbd <= 0) {
@@ -398,6 +479,8 @@ int main(int argc, char** argv)
     c.bytes = static_cast<std::uint64_t>(mb) << 20;
 
     std::printf("Share fault campaign: %d rounds, %ld MiB per killed transfer\n", rounds, mb);
+    if (files > 0)
+        bigTree(c, files, folders);
     fullDiskAndReadOnly(c);
     missingTool(c);
     hostileNames(c);
