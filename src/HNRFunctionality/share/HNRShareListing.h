@@ -16,10 +16,15 @@ struct HNRListingEntry {
     std::string name;
     std::uint64_t size = 0;
     std::string attributes; // "D" for a directory, "N", "A", "H", ... as printed
+    std::string modified;   // the asctime date column
     bool isDirectory() const { return attributes.find('D') != std::string::npos; }
     // "." and "..", which every listed folder holds.
     bool isDotEntry() const { return name == "." || name == ".."; }
 };
+
+// The lines of text without their line breaks ("\r\n" too); a last line
+// without a break counts.
+std::vector<std::string> splitLines(const std::string& text);
 
 // True when line is an entry line; fills entry.
 bool parseListingEntry(const std::string& line, HNRListingEntry& entry);
