@@ -10,6 +10,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 using namespace HNRTest;
@@ -71,27 +72,34 @@ protected:
     std::vector<HnrctlRun> m_runs;
 };
 
-// Every line of err is "label: N.N%", never decreasing, the last one 100.0.
+// Every line of err is "label: N.N%  DONE of TOTAL bytes  RATE  H:MM:SS left",
+// never decreasing, the first one 0.0 and the last one 100.0 with DONE the
+// total.
 void expectProgressLines(const std::string& err, const std::string& label)
 {
     std::istringstream lines(err);
     std::string line;
     double last = -1;
     int count = 0;
+    const std::regex shape(label + ": +([0-9]+\\.[0-9])%  ([0-9,]+) of ([0-9,]+) bytes  "
+                                   "(--|[0-9]+\\.[0-9]{2}[kMG]?B/s)  ([0-9]+:[0-9]{2}:[0-9]{2}|-:--:--) left");
+    std::string done, total;
     while (std::getline(lines, line)) {
-        // "put:  42.5%": the label, a colon, blanks, one decimal, a percent sign.
-        size_t number = line.find_first_not_of(' ', label.size() + 1);
-        bool shaped = line.compare(0, label.size() + 1, label + ":") == 0 && number != std::string::npos &&
-                      line.size() >= number + 4 && line.back() == '%' && line[line.size() - 3] == '.' &&
-                      line.find_first_not_of("0123456789.", number) == line.size() - 1;
-        ASSERT_TRUE(shaped) << "not a progress line: '" << line << "'";
-        double value = std::stod(line.substr(number));
+        std::smatch m;
+        ASSERT_TRUE(std::regex_match(line, m, shape)) << "not a progress line: '" << line << "'";
+        double value = std::stod(m[1]);
+        if (count == 0) {
+            EXPECT_EQ(0.0, value) << err;
+        }
         EXPECT_GT(value, last) << err;
         last = value;
+        done = m[2];
+        total = m[3];
         ++count;
     }
-    EXPECT_GE(count, 1);
+    EXPECT_GE(count, 2);
     EXPECT_EQ(100.0, last) << err;
+    EXPECT_EQ(total, done) << err;
 }
 
 std::string contents(const fs::path& p) { return slurp(p.string()); }

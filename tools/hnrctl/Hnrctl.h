@@ -1,6 +1,7 @@
 #pragma once
 // hnrctl: the command-line face of libHNRFunctionality. Everything but
 // main() lives here so that tests can run commands in-process.
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -20,7 +21,14 @@ struct HnrctlContext {
     bool errIsTerminal = false;  // progress redraws one line with '\r' when true
     bool hasPasswordEnv = false; // HNR_SMB_PASSWORD was set
     std::string passwordEnv;     // its value
+    // Asks for the password of `login` without echo; false when there is no
+    // terminal to ask on (null: never ask).
+    std::function<bool(const std::string& login, std::string& password)> promptPassword;
+    bool verbose = false; // -v: details of failures and the module's log lines
 };
+
+// "hnrctl 0.1.0 (libHNRFunctionality 0.1.0)"
+std::string versionText();
 
 // Runs one command line (without the program name); returns the exit status.
 int runHnrctl(const std::vector<std::string>& args, HnrctlContext& context);
