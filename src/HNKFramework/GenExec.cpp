@@ -9,7 +9,9 @@
 #include <deque>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
+#include <cstdlib>
+#include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,6 +21,19 @@ extern char** environ;
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+// The stop flag installed on this thread (GenExec::setThreadStopFlag).
+thread_local const std::atomic<bool>* t_stopFlag = nullptr;
+
+static_assert(std::atomic<bool>::is_always_lock_free, "a stop flag must be settable from a signal handler");
+
+// A wait of waitMs (-1: no limit) cut so that a stop flag is looked at often.
+int stopSlice(int waitMs)
+{
+    if (!t_stopFlag)
+        return waitMs;
+    return waitMs < 0 || waitMs > GenExec::kStopCheckMs ? GenExec::kStopCheckMs : waitMs;
+}
 
 constexpr int kStdout = 0;
 constexpr int kStderr = 1;
@@ -54,20 +69,83 @@ std::string trimmed(const std::string& s)
     return t;
 }
 
-// posix_spawn attributes and file actions, released on every path.
-struct SpawnSetup {
-    posix_spawnattr_t attr;
-    posix_spawn_file_actions_t actions;
-    bool attrOk = false;
-    bool actionsOk = false;
-    ~SpawnSetup()
-    {
-        if (attrOk)
-            posix_spawnattr_destroy(&attr);
-        if (actionsOk)
-            posix_spawn_file_actions_destroy(&actions);
+// The file to execute for argv[0]: itself when it holds a slash, else the
+// first executable match on PATH (the default path when PATH is unset).
+// Resolved before fork, since the child may only make async-signal-safe calls.
+// error := 0, or why there is none (ENOENT, EACCES) and the result is empty.
+std::string resolveProgram(const std::string& name, int& error)
+{
+    error = 0;
+    if (name.find('/') != std::string::npos) {
+        if (::access(name.c_str(), X_OK) == 0)
+            return name;
+        error = errno;
+        return std::string();
     }
-};
+    const char* env = std::getenv("PATH");
+    const std::string path = env ? env : "/usr/local/bin:/usr/bin:/bin";
+    bool denied = false;
+    for (size_t begin = 0;;) {
+        size_t colon = path.find(':', begin);
+        std::string dir = path.substr(begin, colon == std::string::npos ? std::string::npos : colon - begin);
+        std::string candidate = (dir.empty() ? std::string(".") : dir) + "/" + name;
+        struct stat st;
+        if (::stat(candidate.c_str(), &st) == 0 && S_ISREG(st.st_mode)) {
+            if (::access(candidate.c_str(), X_OK) == 0) {
+                error = 0;
+                return candidate;
+            }
+            denied = true;
+        }
+        if (colon == std::string::npos)
+            break;
+        begin = colon + 1;
+    }
+    error = denied ? EACCES : ENOENT;
+    return std::string();
+}
+
+// The child between fork and exec: only async-signal-safe calls. Reports a
+// failure as its errno on reportFd and ends.
+[[noreturn]] void runChild(const char* file, char* const* args, int outFd, int errFd, int reportFd, pid_t parent)
+{
+    // A child never outlives its caller: killed when the thread that started
+    // it ends, whatever way. getppid() closes the race with a parent that
+    // died before the request was made.
+    if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || ::getppid() != parent)
+        ::_exit(127);
+    // A group of its own, so a time-out or a stop also kills what it started.
+    ::setpgid(0, 0);
+    // Whatever the host ignores or blocks (an agent often ignores SIGPIPE)
+    // must not change how the tools behave or die.
+    struct sigaction dfl;
+    std::memset(&dfl, 0, sizeof dfl);
+    dfl.sa_handler = SIG_DFL;
+    for (int sig = 1; sig < NSIG; ++sig)
+        if (sig != SIGKILL && sig != SIGSTOP)
+            ::sigaction(sig, &dfl, nullptr);
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+
+    int in = ::open("/dev/null", O_RDONLY);
+    if (in < 0 || ::dup2(in, 0) < 0 || ::dup2(outFd, 1) < 0 || ::dup2(errFd, 2) < 0) {
+        int e = errno;
+        (void)!::write(reportFd, &e, sizeof e);
+        ::_exit(127);
+    }
+    // Descriptors another thread opened without O_CLOEXEC stay ours; the
+    // report pipe closes itself when exec succeeds.
+    if (::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC) != 0) {
+        for (int fd = 3; fd < 65536; ++fd)
+            if (fd != reportFd)
+                ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+    }
+    ::execve(file, args, environ);
+    int e = errno;
+    (void)!::write(reportFd, &e, sizeof e);
+    ::_exit(127);
+}
 
 } // namespace
 
@@ -83,6 +161,7 @@ struct HWExec::Impl {
     int status = -1;
     int termSignal = 0;
     bool timedOut = false;
+    bool cancelled = false;
     bool started = false;
 
     ~Impl() { killAll(); }
@@ -103,7 +182,21 @@ struct HWExec::Impl {
         status = -1;
         termSignal = 0;
         timedOut = false;
+        cancelled = false;
         started = false;
+    }
+
+    // Kills everything of the run once the thread's stop flag is set.
+    bool stopIfRequested()
+    {
+        if (!GenExec::stopRequested())
+            return false;
+        if (!cancelled && (running() || streamsOpen() || group > 0)) {
+            killAll();
+            lines.clear();
+        }
+        cancelled = true;
+        return true;
     }
 
     int spawn(const std::vector<std::string>& argv, int flags)
@@ -115,6 +208,11 @@ struct HWExec::Impl {
         }
         reset(flags);
         program = argv.empty() ? std::string() : argv[0];
+        if (GenExec::stopRequested()) {
+            cancelled = true;
+            setErrorMessage("cancelled");
+            return -1;
+        }
         if (argv.empty() || argv[0].empty()) {
             setErrorMessage("No program to run");
             return -1;
@@ -141,42 +239,39 @@ struct HWExec::Impl {
         args.push_back(nullptr);
 
         int rc = 0;
+        const std::string file = resolveProgram(program, rc);
         pid_t child = -1;
-        {
-            SpawnSetup s;
-            rc = posix_spawnattr_init(&s.attr);
-            s.attrOk = rc == 0;
-            if (rc == 0) {
-                rc = posix_spawn_file_actions_init(&s.actions);
-                s.actionsOk = rc == 0;
+        int reportPipe[2] = {-1, -1};
+        if (file.empty()) {
+            // rc says why
+        } else if (::pipe2(reportPipe, O_CLOEXEC) != 0) {
+            rc = errno;
+        } else {
+            const pid_t parent = ::getpid();
+            child = ::fork();
+            if (child == 0)
+                runChild(file.c_str(), args.data(), outPipe[1], errPipe[1], reportPipe[1], parent);
+            if (child < 0)
+                rc = errno;
+            ::close(reportPipe[1]);
+            if (child > 0) {
+                // Also from here, so the group exists before anyone signals it.
+                ::setpgid(child, child);
+                int childError = 0;
+                ssize_t got;
+                do {
+                    got = ::read(reportPipe[0], &childError, sizeof childError);
+                } while (got < 0 && errno == EINTR);
+                if (got == static_cast<ssize_t>(sizeof childError)) {
+                    // exec failed: the child is gone already, reap it.
+                    rc = childError;
+                    int st;
+                    while (::waitpid(child, &st, 0) < 0 && errno == EINTR) {
+                    }
+                    child = -1;
+                }
             }
-            sigset_t every;
-            sigset_t none;
-            sigfillset(&every);
-            sigemptyset(&none);
-            // Whatever the host ignores or blocks (an agent often ignores
-            // SIGPIPE) must not change how the tools behave or die.
-            if (rc == 0)
-                rc = posix_spawnattr_setsigdefault(&s.attr, &every);
-            if (rc == 0)
-                rc = posix_spawnattr_setsigmask(&s.attr, &none);
-            // A group of its own, so a time-out also kills what it started.
-            if (rc == 0)
-                rc = posix_spawnattr_setpgroup(&s.attr, 0);
-            if (rc == 0)
-                rc = posix_spawnattr_setflags(&s.attr, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK |
-                                                           POSIX_SPAWN_SETPGROUP);
-            if (rc == 0)
-                rc = posix_spawn_file_actions_addopen(&s.actions, 0, "/dev/null", O_RDONLY, 0);
-            if (rc == 0)
-                rc = posix_spawn_file_actions_adddup2(&s.actions, outPipe[1], 1);
-            if (rc == 0)
-                rc = posix_spawn_file_actions_adddup2(&s.actions, errPipe[1], 2);
-            // Descriptors another thread opened without O_CLOEXEC stay ours.
-            if (rc == 0)
-                rc = posix_spawn_file_actions_addclosefrom_np(&s.actions, 3);
-            if (rc == 0)
-                rc = posix_spawnp(&child, args[0], &s.actions, &s.attr, args.data(), environ);
+            ::close(reportPipe[0]);
         }
         ::close(outPipe[1]);
         ::close(errPipe[1]);
@@ -241,7 +336,7 @@ struct HWExec::Impl {
         }
         if (n == 0)
             return;
-        if (::poll(p, n, waitMs) <= 0)
+        if (::poll(p, n, stopSlice(waitMs)) <= 0)
             return; // time-out, or EINTR: the caller looks at its clock again
         char buf[65536];
         for (nfds_t i = 0; i < n; ++i) {
@@ -301,7 +396,7 @@ struct HWExec::Impl {
     bool pumpUntil(Clock::time_point deadline, bool forever)
     {
         for (;;) {
-            if (done())
+            if (stopIfRequested() || done())
                 return true;
             int left = forever ? -1 : msLeft(deadline);
             if (streamsOpen()) {
@@ -336,8 +431,12 @@ struct HWExec::Impl {
     int finish(bool withStderr)
     {
         group = -1;
-        if (timedOut)
+        if (timedOut || cancelled)
             status = -1;
+        if (cancelled) {
+            setErrorMessage("cancelled");
+            return -1;
+        }
         if (status == 0)
             return 0;
         std::string detail;
@@ -415,6 +514,11 @@ std::string HWExec::getsWTimeout(int timeoutQuarters, int* finished)
         Clock::now() + std::chrono::milliseconds(static_cast<long long>(timeoutQuarters < 0 ? 0 : timeoutQuarters) *
                                                  kGetsUnitMs);
     for (;;) {
+        if (d.stopIfRequested()) {
+            if (finished)
+                *finished = 0;
+            return std::string();
+        }
         if (!d.lines.empty()) {
             std::string line = std::move(d.lines.front());
             d.lines.pop_front();
@@ -450,3 +554,15 @@ int HWExec::wait()
 }
 
 int HWExec::exitStatus() const { return impl_->status; }
+
+const std::atomic<bool>* GenExec::setThreadStopFlag(const std::atomic<bool>* flag) noexcept
+{
+    const std::atomic<bool>* previous = t_stopFlag;
+    t_stopFlag = flag;
+    return previous;
+}
+
+bool GenExec::stopRequested() noexcept
+{
+    return t_stopFlag && t_stopFlag->load(std::memory_order_acquire);
+}

@@ -7,8 +7,8 @@
 // Time-outs of synchronous runs are in milliseconds (80000 is 80 s).
 // The child starts with default signal dispositions, an empty signal mask,
 // standard input from /dev/null, no descriptor of ours but its two output
-// pipes, and in a process group of its own, so a time-out kills everything it
-// started.
+// pipes, a death signal tied to its caller, and in a process group of its
+// own, so a time-out or a stop kills everything it started.
 //
 // What smbclient 4.17 prints where (checked against a real smbd):
 //   standard output: ls listings; "NT_STATUS_NO_SUCH_FILE listing \x";
@@ -38,11 +38,24 @@
 //   standard-error lines as progress, captured but not reported.
 //   smbclient sends transfer progress to standard error and failures to
 //   standard output, so start(argv, 6) reports exactly the failures.
+#include <atomic>
 #include <string>
 #include <vector>
 
 class GenExec {
 public:
+    // Stop hook, for callers that must be able to stop a run from another
+    // thread or a signal handler. While a flag is installed on a thread, every
+    // run that thread starts, waits for or polls watches it (at least every
+    // kStopCheckMs): once it is true, the child's process group is killed and
+    // reaped, nothing new starts, and the call fails with the message
+    // "cancelled". The flag must outlive its installation. Returns the flag
+    // installed before, so that installations nest.
+    static const std::atomic<bool>* setThreadStopFlag(const std::atomic<bool>* flag) noexcept;
+    // True when a flag is installed on this thread and it is set.
+    static bool stopRequested() noexcept;
+    static constexpr int kStopCheckMs = 50;
+
     // Length of one time-out unit of getsWTimeout(), in milliseconds.
     static constexpr int kGetsUnitMs = 250;
 
@@ -74,7 +87,10 @@ public:
     virtual int wait() = 0;
 };
 
-// The POSIX implementation (posix_spawnp with pipes read through poll).
+// The POSIX implementation (fork and execve, pipes read through poll). The
+// child gets SIGKILL when the thread that started it ends in any way, the
+// process killed outright included, so no tool outlives its caller; a run
+// must therefore be waited for on the thread that started it.
 // One object runs one child at a time; separate objects may be used from
 // separate threads at once (no shared state).
 class HWExec : public GenExec {

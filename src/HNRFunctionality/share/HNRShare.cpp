@@ -36,15 +36,19 @@ const int kMountPoints = 100;
 const int kPollUnits = 6;
 const char kUnsafeName[] = "holds ';', '\"', a line break or NUL, which a smbclient script cannot carry";
 
+// Once the caller cancelled, whatever failed failed because of it.
 void reportError(const char* function, const std::string& message)
 {
-    setErrorMessage("%s", message.c_str());
-    Logger::put(1, "[%s] %s", function, message.c_str());
+    const std::string text = GenExec::stopRequested() ? std::string("cancelled") : message;
+    setErrorMessage("%s", text.c_str());
+    Logger::put(1, "[%s] %s", function, text.c_str());
 }
 
 // Logs a failure whose message a runner has already set, under our own name.
 bool failWithCurrentMessage(const char* function)
 {
+    if (GenExec::stopRequested())
+        setErrorMessage("cancelled");
     Logger::put(1, "[%s] %s", function, getErrorMessage().c_str());
     return false;
 }
@@ -668,6 +672,32 @@ bool HNRShareConnection::removeDir(const std::string& dir, const HNRShareParams&
         return true;
     } catch (const std::exception& e) {
         reportError(kFunction, "Can't remove directory '" + dir + "' on share: " + e.what());
+        return false;
+    }
+}
+
+bool HNRShareConnection::list(const HNRShareParams& params, std::vector<HNRShareEntry>& entries)
+{
+    static const char kFunction[] = "list";
+    entries.clear();
+    try {
+        std::string output;
+        if (!runShareCommand(params, "prompt off; ls", output, nullptr))
+            return failWithCurrentMessage(kFunction);
+        const std::vector<HNRListingBlock> blocks = parseListing(output);
+        if (blocks.empty()) {
+            reportError(kFunction, "Can't list folder '" + params.path + "' on share: no listing came back");
+            return false;
+        }
+        for (const HNRListingSection& section : blocks.front().sections)
+            for (const HNRListingEntry& entry : section.entries)
+                if (!entry.isDotEntry())
+                    entries.push_back(
+                        HNRShareEntry{entry.name, entry.isDirectory(), entry.size, entry.attributes, entry.modified});
+        return true;
+    } catch (const std::exception& e) {
+        entries.clear();
+        reportError(kFunction, "Can't list folder '" + params.path + "' on share: " + e.what());
         return false;
     }
 }

@@ -9,6 +9,15 @@
 
 namespace HNR {
 
+// One entry of a folder on a share, as the server lists it.
+struct HNRShareEntry {
+    std::string name;
+    bool isDirectory = false;
+    std::uint64_t size = 0;       // bytes of a file; what the server says for a folder (usually 0)
+    std::string attributes;       // as listed: "D", "A", "H", "N", combinations such as "DH"
+    std::string modified;         // as listed, asctime form: "Fri Nov 20 23:12:02 2026"
+};
+
 // A connection mounts a share under a local directory for as long as it
 // lives (mount.cifs); the static operations reach a share without a mount by
 // running smbclient scripts. Every operation returns false after
@@ -64,6 +73,9 @@ public:
     static bool createDir(const std::string& dir, const HNRShareParams& params);
     // Removes dir (relative to params.path) with everything in it.
     static bool removeDir(const std::string& dir, const HNRShareParams& params);
+    // entries := the entries of folder params.path (no "." and ".."), in the
+    // server's order. One smbclient run.
+    static bool list(const HNRShareParams& params, std::vector<HNRShareEntry>& entries);
     // total := bytes of the files and trees (relative to params.path).
     static bool size(const std::vector<std::string>& files, const HNRShareParams& params, std::uint64_t& total);
 

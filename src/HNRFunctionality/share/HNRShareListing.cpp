@@ -94,6 +94,7 @@ bool parseListingEntry(const std::string& line, HNRListingEntry& entry)
     entry.name = line.substr(kNameStart, nameEnd - kNameStart);
     entry.attributes = line.substr(attrStart, attrEnd - attrStart);
     entry.size = size;
+    entry.modified = line.substr(dateStart);
     return true;
 }
 

@@ -16,6 +16,7 @@ struct HNRListingEntry {
     std::string name;
     std::uint64_t size = 0;
     std::string attributes; // "D" for a directory, "N", "A", "H", ... as printed
+    std::string modified;   // the asctime date column
     bool isDirectory() const { return attributes.find('D') != std::string::npos; }
     // "." and "..", which every listed folder holds.
     bool isDotEntry() const { return name == "." || name == ".."; }

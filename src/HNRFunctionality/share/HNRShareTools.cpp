@@ -21,10 +21,12 @@ const char kMountOn[] = " on ";
 const char kMountTypeCifs[] = " type cifs";
 
 // Sets the error message and logs it as "[function] message" at error level.
+// Once the caller cancelled, whatever failed failed because of it.
 void reportError(const char* function, const std::string& message)
 {
-    setErrorMessage("%s", message.c_str());
-    Logger::put(1, "[%s] %s", function, message.c_str());
+    const std::string text = GenExec::stopRequested() ? std::string("cancelled") : message;
+    setErrorMessage("%s", text.c_str());
+    Logger::put(1, "[%s] %s", function, text.c_str());
 }
 
 // Hides the password should a tool ever echo it.
