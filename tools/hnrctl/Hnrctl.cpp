@@ -6,6 +6,8 @@
 
 #include "Logger.h"
 
+#include "share/HNRCancellation.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
@@ -445,7 +447,16 @@ int runHnrctl(const std::vector<std::string>& argsIn, HnrctlContext& context)
     int savedLevel = Logger::level();
     context.verbose = verbose || line.has("--verbose");
     Logger::setLevel(context.verbose ? 3 : 0);
-    int status = command->run(line, context);
+    int status = kExitOk;
+    if (context.cancellation) {
+        // Every share operation of the command watches the cancellation.
+        HNR::HNRCancellationScope scope(*context.cancellation);
+        status = command->run(line, context);
+        if (context.cancellation->isCancelled())
+            status = kExitInterrupted;
+    } else {
+        status = command->run(line, context);
+    }
     Logger::setLevel(savedLevel);
     return status;
 }

@@ -6,12 +6,17 @@
 #include <string>
 #include <vector>
 
+namespace HNR {
+class HNRCancellation;
+}
+
 namespace hnrctl {
 
 // Exit statuses.
 constexpr int kExitOk = 0;
 constexpr int kExitFailure = 1; // the operation failed; the reason is on standard error
 constexpr int kExitUsage = 2;   // the command line was wrong
+constexpr int kExitInterrupted = 130; // stopped by SIGINT, SIGTERM or SIGHUP (as shells report ^C)
 
 // What a command may touch besides its arguments.
 struct HnrctlContext {
@@ -25,6 +30,9 @@ struct HnrctlContext {
     // terminal to ask on (null: never ask).
     std::function<bool(const std::string& login, std::string& password)> promptPassword;
     bool verbose = false; // -v: details of failures and the module's log lines
+    // Cancelled from a signal handler: the running share operation stops
+    // (its tool killed and reaped) and the command exits kExitInterrupted.
+    HNR::HNRCancellation* cancellation = nullptr;
 };
 
 // "hnrctl 0.1.0 (libHNRFunctionality 0.1.0)"

@@ -5,8 +5,6 @@
 #include "HnrctlProgress.h"
 
 #include "share/HNRShare.h"
-#include "share/HNRShareListing.h"
-#include "share/HNRShareTools.h"
 
 #include "HNKErrorMessage.h"
 
@@ -18,6 +16,8 @@
 #include <cinttypes>
 #include <cstdio>
 #include <fstream>
+
+#include <fnmatch.h>
 #include <iostream>
 #include <sstream>
 
@@ -273,8 +273,8 @@ Prepared resolveTargetsAndCredentials(const HnrctlCommandLine& line, HnrctlConte
     return p;
 }
 
-// The library names paths in UNC form; a user who wrote slash paths or
-// URLs reads them back in that form.
+// The library names paths in UNC or slash form; a user reads them back in
+// the form they wrote: UNC, slash path or URL.
 std::string inUsersForm(const std::string& message, const std::string& operand)
 {
     ShareParts parts;
@@ -282,13 +282,13 @@ std::string inUsersForm(const std::string& message, const std::string& operand)
         return message;
     bool url = operand.compare(0, 6, "smb://") == 0;
     bool slash = !url && operand.compare(0, 2, "//") == 0;
-    if (!url && !slash)
-        return message;
-    std::string root = "\\\\" + parts.server + "\\" + parts.share;
+    const std::string roots[] = {"\\\\" + parts.server + "\\" + parts.share, "//" + parts.server + "/" + parts.share};
     std::string result;
     size_t pos = 0;
     for (;;) {
-        size_t at = message.find(root, pos);
+        size_t at = std::string::npos;
+        for (const std::string& root : roots)
+            at = std::min(at, message.find(root, pos));
         if (at == std::string::npos) {
             result += message.substr(pos);
             return result;
@@ -298,8 +298,13 @@ std::string inUsersForm(const std::string& message, const std::string& operand)
         if (end == std::string::npos)
             end = message.size();
         std::string path = message.substr(at + 2, end - at - 2);
-        std::replace(path.begin(), path.end(), '\\', '/');
-        result += (url ? "smb://" : "//") + path;
+        if (url || slash) {
+            std::replace(path.begin(), path.end(), '\\', '/');
+            result += (url ? "smb://" : "//") + path;
+        } else {
+            std::replace(path.begin(), path.end(), '/', '\\');
+            result += "\\\\" + path;
+        }
         pos = end;
     }
 }
@@ -333,27 +338,27 @@ void printJson(std::ostream& out, const nlohmann::json& j)
     out << j.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
 }
 
-// The entries of the folder `unc` matching pattern, sorted by name, without
-// "." and "..".
-bool listFolder(const HNRShareParams& params, const std::string& pattern, std::vector<HNRListingEntry>& entries)
+// The entries of the folder of params matching pattern (smbclient's
+// wildcards, case-insensitive as the server), sorted by name.
+bool listFolder(const HNRShareParams& params, const std::string& pattern, std::vector<HNRShareEntry>& entries)
 {
-    std::string output;
-    if (!runShareCommand(params, "prompt off; ls \"" + pattern + "\"", output, nullptr))
+    std::vector<HNRShareEntry> all;
+    if (!HNRShareConnection::list(params, all))
         return false;
-    std::vector<HNRListingBlock> blocks = parseListing(output);
-    if (blocks.empty()) {
-        setErrorMessage("%s", "smbclient printed no listing");
-        return false;
-    }
-    for (const HNRListingSection& section : blocks[0].sections) {
-        for (const HNRListingEntry& e : section.entries) {
-            if (!e.isDotEntry())
-                entries.push_back(e);
-        }
+    for (HNRShareEntry& e : all) {
+        if (pattern == "*" || ::fnmatch(pattern.c_str(), e.name.c_str(), FNM_CASEFOLD) == 0)
+            entries.push_back(std::move(e));
     }
     std::sort(entries.begin(), entries.end(),
-              [](const HNRListingEntry& a, const HNRListingEntry& b) { return a.name < b.name; });
+              [](const HNRShareEntry& a, const HNRShareEntry& b) { return a.name < b.name; });
     return true;
+}
+
+// What an smbclient script could not carry; refused as it was when the
+// pattern went into one.
+bool isSafePattern(const std::string& pattern)
+{
+    return pattern.find_first_of(std::string(";\"\r\n\0", 5)) == std::string::npos;
 }
 
 // Total bytes of local files and folders, for progress.
@@ -409,7 +414,7 @@ int runShareLs(const HnrctlCommandLine& line, HnrctlContext& context)
     const std::string command = "share ls";
     const std::string& path = line.operands()[0];
     std::string pattern = line.operands().size() > 1 ? line.operands()[1] : "*";
-    if (!isSafeForSmbScript(pattern))
+    if (!isSafePattern(pattern))
         return reportUsage(context, command, "PATTERN must not hold ';', '\"' or a line break");
     std::string unc;
     Prepared p = checkSharePath(context, command, path, &unc);
@@ -418,14 +423,14 @@ int runShareLs(const HnrctlCommandLine& line, HnrctlContext& context)
         p = credentials(line, context, command, unc, params);
     if (!p.ok)
         return p.status;
-    std::vector<HNRListingEntry> entries;
+    std::vector<HNRShareEntry> entries;
     if (!listFolder(params, pattern, entries))
         return failed(context, command, path);
     if (line.has("--json")) {
         nlohmann::json list = nlohmann::json::array();
-        for (const HNRListingEntry& e : entries) {
+        for (const HNRShareEntry& e : entries) {
             list.push_back({{"name", e.name},
-                            {"type", e.isDirectory() ? "directory" : "file"},
+                            {"type", e.isDirectory ? "directory" : "file"},
                             {"size", e.size},
                             {"attributes", e.attributes}});
         }
@@ -435,10 +440,10 @@ int runShareLs(const HnrctlCommandLine& line, HnrctlContext& context)
     size_t files = 0, folders = 0;
     std::uint64_t bytes = 0;
     char row[64];
-    for (const HNRListingEntry& e : entries) {
-        std::snprintf(row, sizeof row, "%c %14" PRIu64 "  ", e.isDirectory() ? 'd' : '-', e.size);
+    for (const HNRShareEntry& e : entries) {
+        std::snprintf(row, sizeof row, "%c %14" PRIu64 "  ", e.isDirectory ? 'd' : '-', e.size);
         *context.out << row << e.name << "\n";
-        if (e.isDirectory()) {
+        if (e.isDirectory) {
             ++folders;
         } else {
             ++files;
@@ -516,10 +521,10 @@ int runShareSize(const HnrctlCommandLine& line, HnrctlContext& context)
     std::uint64_t total = 0;
     if (names.empty()) {
         // The share root: everything in it, names beginning with "." left out as size does.
-        std::vector<HNRListingEntry> entries;
+        std::vector<HNRShareEntry> entries;
         if (!listFolder(params, "*", entries))
             return failed(context, command, line.operands()[0]);
-        for (const HNRListingEntry& e : entries) {
+        for (const HNRShareEntry& e : entries) {
             if (e.name[0] != '.')
                 names.push_back(e.name);
         }
