@@ -11,3 +11,9 @@ foreach(hnrctl_test HnrctlTest HnrctlSmbTest)
     add_dependencies(${hnrctl_test} hnrctl)
   endif()
 endforeach()
+
+if(TARGET hnrctl)
+  add_test(NAME HnrctlBashCompletion
+    COMMAND ${CMAKE_CURRENT_LIST_DIR}/check-completion ${PROJECT_SOURCE_DIR}/tools/hnrctl/hnrctl.bash-completion
+      $<TARGET_FILE:hnrctl>)
+endif()
