@@ -11,3 +11,7 @@ add_test(NAME DebianPackagesInstallIntoACleanRoot
   COMMAND ${CMAKE_CURRENT_LIST_DIR}/check-deb-packages ${PROJECT_BINARY_DIR} ${CMAKE_CURRENT_LIST_DIR}/consumer)
 set_tests_properties(DebianPackagesInstallIntoACleanRoot PROPERTIES TIMEOUT 1200 LABELS "install;package"
   RUN_SERIAL TRUE)
+
+add_test(NAME SharedLibraryExportsOnlyTheInstalledApi
+  COMMAND ${CMAKE_CURRENT_LIST_DIR}/check-exports ${PROJECT_BINARY_DIR})
+set_tests_properties(SharedLibraryExportsOnlyTheInstalledApi PROPERTIES TIMEOUT 300 LABELS install)
