@@ -5,6 +5,9 @@
 //                   goes through a counting wrapper first on PATH, for the
 //                   raw runs as well, so both pay the same small cost);
 //   progress_calls  progress reports per operation (0 for raw runs).
+// Trees: HNR_BENCH_TREE_FILES files of 4 KiB (default 3000) in
+// HNR_BENCH_TREE_FOLDERS folders (default 60), put and got by the module with
+// keepTopDirs against raw "recurse on" mput / mget of the same tree.
 // scripts/bench divides the module's throughput by the raw one.
 #include "share/HNRShare.h"
 
@@ -34,8 +37,9 @@ std::string env(const char* name)
 
 struct Setup {
     std::string share, shareUnix, user, password;
-    fs::path dir, payload, runLog;
+    fs::path dir, payload, runLog, tree, shareDir;
     uint64_t bytes = 0;
+    uint64_t treeBytes = 0;
 
     Setup()
     {
@@ -62,6 +66,21 @@ struct Setup {
             out.write(block.data(), static_cast<std::streamsize>(std::min<uint64_t>(block.size(), bytes - done)));
         }
         out.close();
+        // The tree, in a folder of its own so that mput names only it.
+        const long files = env("HNR_BENCH_TREE_FILES").empty() ? 3000 : std::atol(env("HNR_BENCH_TREE_FILES").c_str());
+        const long folders =
+            env("HNR_BENCH_TREE_FOLDERS").empty() ? 60 : std::atol(env("HNR_BENCH_TREE_FOLDERS").c_str());
+        tree = dir / "src" / "tree";
+        fs::create_directories(tree);
+        std::string small(4096, 'x');
+        for (long f = 0; f < files; ++f) {
+            fs::path folder = tree / ("folder " + std::to_string(f % folders));
+            fs::create_directories(folder);
+            small[0] = static_cast<char>('a' + f % 26);
+            std::ofstream(folder / ("file " + std::to_string(f))) << small;
+            treeBytes += small.size();
+        }
+        shareDir = fs::path(env("HNR_SMB_AUTH_DIR")) / "bench";
         // The counting wrapper: one line per smbclient run.
         runLog = dir / "runs.log";
         std::string real;
@@ -126,11 +145,12 @@ public:
     double last = -1;
 };
 
-void finish(benchmark::State& state, long runsBefore, long progressCalls)
+void finish(benchmark::State& state, long runsBefore, long progressCalls, bool tree = false)
 {
     Setup& s = setup();
     double n = static_cast<double>(state.iterations());
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(s.bytes));
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
+                            static_cast<int64_t>(tree ? s.treeBytes : s.bytes));
     state.counters["smbclient_runs"] = static_cast<double>(s.runs() - runsBefore) / n;
     // Every run carries every counter (the CSV report needs it): raw runs report 0.
     state.counters["progress_calls"] = static_cast<double>(progressCalls) / n;
@@ -201,6 +221,84 @@ void BM_RawSmbclientGet(benchmark::State& state)
     finish(state, before, 0);
 }
 
+// The share's copy of the tree goes between turns: a put makes its folders.
+void removeRemoteTree(benchmark::State& state)
+{
+    state.PauseTiming();
+    boost::system::error_code ec;
+    fs::remove_all(setup().shareDir / "tree", ec);
+    state.ResumeTiming();
+}
+
+void BM_ModulePutTree(benchmark::State& state)
+{
+    Setup& s = setup();
+    long before = s.runs(), calls = 0;
+    for (auto _ : state) {
+        removeRemoteTree(state);
+        CountingProgress progress;
+        if (!HNRShareConnection::putFiles({s.tree.string()}, s.benchFolder(), true, &progress) ||
+            progress.last != 100.0) {
+            state.SkipWithError(getErrorMessage().c_str());
+            return;
+        }
+        calls += progress.calls;
+    }
+    finish(state, before, calls, true);
+}
+
+void BM_RawSmbclientPutTree(benchmark::State& state)
+{
+    Setup& s = setup();
+    long before = s.runs();
+    for (auto _ : state) {
+        removeRemoteTree(state);
+        if (!s.raw("prompt off; recurse on; lcd \"" + s.tree.parent_path().string() + "\"; mput tree")) {
+            state.SkipWithError("smbclient mput failed");
+            return;
+        }
+    }
+    finish(state, before, 0, true);
+}
+
+void removeLocalTree(benchmark::State& state)
+{
+    state.PauseTiming();
+    fs::remove_all(setup().dir / "got" / "tree");
+    state.ResumeTiming();
+}
+
+void BM_ModuleGetTree(benchmark::State& state)
+{
+    Setup& s = setup();
+    long before = s.runs(), calls = 0;
+    for (auto _ : state) {
+        CountingProgress progress;
+        if (!HNRShareConnection::getFiles({"tree"}, s.benchFolder(), (s.dir / "got").string(), true, &progress) ||
+            progress.last != 100.0) {
+            state.SkipWithError(getErrorMessage().c_str());
+            return;
+        }
+        calls += progress.calls;
+        removeLocalTree(state);
+    }
+    finish(state, before, calls, true);
+}
+
+void BM_RawSmbclientGetTree(benchmark::State& state)
+{
+    Setup& s = setup();
+    long before = s.runs();
+    for (auto _ : state) {
+        if (!s.raw("prompt off; recurse on; lcd \"" + (s.dir / "got").string() + "\"; mget tree")) {
+            state.SkipWithError("smbclient mget failed");
+            return;
+        }
+        removeLocalTree(state);
+    }
+    finish(state, before, 0, true);
+}
+
 } // namespace
 
 // Put first: the gets read the file the puts left on the share.
@@ -208,5 +306,10 @@ BENCHMARK(BM_RawSmbclientPut)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_ModulePutFiles)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_RawSmbclientGet)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_ModuleGetFiles)->Unit(benchmark::kMillisecond)->UseRealTime();
+// Alternating turns would be fairer still; each pair runs back to back.
+BENCHMARK(BM_RawSmbclientPutTree)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_ModulePutTree)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_RawSmbclientGetTree)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_ModuleGetTree)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 BENCHMARK_MAIN();

@@ -5,6 +5,7 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#include "GenExec.h"
 #include "HNKErrorMessage.h"
 #include "Logger.h"
 
@@ -49,6 +50,11 @@ bool measurePath(const fs::path& path, std::uint64_t& size, error_code& ec)
     if (ec)
         return false;
     while (it != end) {
+        // A caller's cancellation (HNRCancellationScope) also stops a long walk.
+        if (GenExec::stopRequested()) {
+            ec = boost::system::errc::make_error_code(boost::system::errc::operation_canceled);
+            return false;
+        }
         fs::file_status entry = statusOf(it->path(), ec);
         if (ec)
             return false;
@@ -82,7 +88,10 @@ bool getSizeRecursiveLocal(const std::vector<std::string>& files, std::uint64_t&
         std::uint64_t size = 0;
         error_code ec;
         if (!measurePath(file, size, ec)) {
-            setErrorMessage("Can't get path size for '%s': %s", file.c_str(), ec.message().c_str());
+            if (GenExec::stopRequested())
+                setErrorMessage("cancelled");
+            else
+                setErrorMessage("Can't get path size for '%s': %s", file.c_str(), ec.message().c_str());
             Logger::put(kLogError, "[%s] %s", "getSizeRecursiveLocal", getErrorMessage().c_str());
             return false;
         }

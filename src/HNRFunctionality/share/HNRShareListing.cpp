@@ -12,6 +12,15 @@ const std::size_t kNameStart = 2;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+// "\t\t264212084 blocks of size 1024. 83124448 blocks available"
+bool isBlockEnd(const std::string& line)
+{
+    return !line.empty() && line[0] == '\t' && line.find(" blocks of size ") != std::string::npos &&
+           line.find(" blocks available") != std::string::npos;
+}
+
+} // namespace
+
 std::vector<std::string> splitLines(const std::string& text)
 {
     std::vector<std::string> lines;
@@ -29,15 +38,6 @@ std::vector<std::string> splitLines(const std::string& text)
     }
     return lines;
 }
-
-// "\t\t264212084 blocks of size 1024. 83124448 blocks available"
-bool isBlockEnd(const std::string& line)
-{
-    return !line.empty() && line[0] == '\t' && line.find(" blocks of size ") != std::string::npos &&
-           line.find(" blocks available") != std::string::npos;
-}
-
-} // namespace
 
 bool parseListingEntry(const std::string& line, HNRListingEntry& entry)
 {

@@ -22,6 +22,10 @@ struct HNRListingEntry {
     bool isDotEntry() const { return name == "." || name == ".."; }
 };
 
+// The lines of text without their line breaks ("\r\n" too); a last line
+// without a break counts.
+std::vector<std::string> splitLines(const std::string& text);
+
 // True when line is an entry line; fills entry.
 bool parseListingEntry(const std::string& line, HNRListingEntry& entry);
 

@@ -51,9 +51,14 @@ fs::path getRelativeFromPath(const fs::path& path)
     return createToEnd(path, kShareElements);
 }
 
+std::string toBackslashes(std::string s)
+{
+    return replaceAll(std::move(s), '/', '\\');
+}
+
 std::string getWinPathString(const fs::path& path)
 {
-    return replaceAll(path.string(), '/', '\\');
+    return toBackslashes(path.string());
 }
 
 void canonizeLogin(std::string& login)

@@ -18,6 +18,8 @@ bool isCorrectShare(const boost::filesystem::path& path);
 boost::filesystem::path getShareFromPath(const boost::filesystem::path& path);
 // The location inside the share (elements 3 onward); empty at the share root.
 boost::filesystem::path getRelativeFromPath(const boost::filesystem::path& path);
+// s with every slash turned into a backslash.
+std::string toBackslashes(std::string s);
 // The path's string with every slash turned into a backslash.
 std::string getWinPathString(const boost::filesystem::path& path);
 // DOM/user -> DOM\user (first slash only); user@DOM -> DOM\user unless a

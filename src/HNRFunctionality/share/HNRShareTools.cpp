@@ -7,7 +7,9 @@
 #include "HNKErrorMessage.h"
 #include "HNKStringUtils.h"
 #include "Logger.h"
+#include "share/HNRShareListing.h"
 #include "share/HNRShareParams.h"
+#include "share/HNRShareScript.h"
 #include "share/HNRSharePaths.h"
 
 namespace fs = boost::filesystem;
@@ -21,14 +23,6 @@ const char kMountOn[] = " on ";
 const char kMountTypeCifs[] = " type cifs";
 
 // Sets the error message and logs it as "[function] message" at error level.
-// Once the caller cancelled, whatever failed failed because of it.
-void reportError(const char* function, const std::string& message)
-{
-    const std::string text = GenExec::stopRequested() ? std::string("cancelled") : message;
-    setErrorMessage("%s", text.c_str());
-    Logger::put(1, "[%s] %s", function, text.c_str());
-}
-
 // Hides the password should a tool ever echo it.
 std::string scrub(std::string text, const std::string& password)
 {
@@ -81,26 +75,25 @@ bool hasBrokenQuoting(const std::string& command)
     return quoted;
 }
 
-std::vector<std::string> splitLines(const std::string& text)
-{
-    std::vector<std::string> lines;
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t nl = text.find('\n', start);
-        if (nl == std::string::npos) {
-            lines.push_back(text.substr(start));
-            break;
-        }
-        lines.push_back(text.substr(start, nl - start));
-        start = nl + 1;
-    }
-    return lines;
-}
-
 // Both are fixed while the library loads, before any caller can read them.
 const bool kLoaded = (getSmbStatusTable(), getMountRoot(), true);
 
 } // namespace
+
+void reportError(const char* function, const std::string& message)
+{
+    const std::string text = GenExec::stopRequested() ? std::string("cancelled") : message;
+    setErrorMessage("%s", text.c_str());
+    Logger::put(1, "[%s] %s", function, text.c_str());
+}
+
+bool failWithCurrentMessage(const char* function)
+{
+    if (GenExec::stopRequested())
+        setErrorMessage("cancelled");
+    Logger::put(1, "[%s] %s", function, getErrorMessage().c_str());
+    return false;
+}
 
 const std::map<std::string, std::string>& getSmbStatusTable()
 {
@@ -174,25 +167,33 @@ bool isMountExist(const std::string& share, const std::string& /*login*/, std::s
     return false;
 }
 
+bool mountArgumentsCarried(const char* function, const std::string& share, const std::string& login,
+                           const std::string& password)
+{
+    if (!isSafeForMountOption(share)) {
+        reportError(function, "Can't mount share '" + printableName(share) +
+                                  "': its name holds ',', a line break or NUL, which mount.cifs would misread");
+        return false;
+    }
+    if (!isSafeForMountOption(login) || login.find('%') != std::string::npos) {
+        reportError(function, "Can't mount share '" + share + "' as '" + printableName(login) +
+                                  "': the login holds ',', '%', a line break or NUL, which mount.cifs would misread");
+        return false;
+    }
+    if (!isSafeForMountOption(password)) {
+        reportError(function, "Can't mount share '" + share +
+                                  "': the password holds ',', a line break or NUL, which mount.cifs would misread");
+        return false;
+    }
+    return true;
+}
+
 bool mountApi(const std::string& mountDir, const std::string& share, const std::string& login,
               const std::string& password)
 {
     static const char kFunction[] = "mountApi";
-    if (!isSafeForMountOption(share)) {
-        reportError(kFunction, "Can't mount share '" + share +
-                                   "': its name holds ',', a line break or NUL, which mount.cifs would misread");
+    if (!mountArgumentsCarried(kFunction, share, login, password))
         return false;
-    }
-    if (!isSafeForMountOption(login) || login.find('%') != std::string::npos) {
-        reportError(kFunction, "Can't mount share '" + share + "' as '" + login +
-                                   "': the login holds ',', '%', a line break or NUL, which mount.cifs would misread");
-        return false;
-    }
-    if (!isSafeForMountOption(password)) {
-        reportError(kFunction, "Can't mount share '" + share +
-                                   "': the password holds ',', a line break or NUL, which mount.cifs would misread");
-        return false;
-    }
 
     std::string user = login;
     canonizeLogin(user);

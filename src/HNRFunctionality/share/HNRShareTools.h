@@ -18,6 +18,13 @@ namespace HNR {
 
 class HNRShareParams;
 
+// Sets the error message and logs "[function] message" at error level. Once
+// the caller cancelled (HNRCancellationScope), the message is "cancelled":
+// whatever failed then failed because of it.
+void reportError(const char* function, const std::string& message);
+// Logs a failure whose message is already set, under function's name.
+bool failWithCurrentMessage(const char* function);
+
 // Time-out of every synchronous tool run, in the runner's unit (ms).
 constexpr int kToolTimeout = 80000;
 
@@ -42,6 +49,10 @@ bool isSafeForMountOption(const std::string& text);
 // true. No match is false without an error message. login is not used: a
 // share is reused whoever mounted it.
 bool isMountExist(const std::string& share, const std::string& login, std::string& mountDir);
+// False (message set, logged under function) when share, login or password
+// cannot stand in the command line of mount.cifs (see mountApi).
+bool mountArgumentsCarried(const char* function, const std::string& share, const std::string& login,
+                           const std::string& password);
 // mount.cifs share mountDir -ouser=DOM/user%password. A ',' in share, login
 // or password, a '%' in login, a line break or NUL is refused before running.
 bool mountApi(const std::string& mountDir, const std::string& share, const std::string& login,

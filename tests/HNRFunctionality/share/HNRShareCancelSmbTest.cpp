@@ -74,6 +74,21 @@ bool waitForGrowth(const std::string& path, long long min)
     return false;
 }
 
+// The size once writes in flight have landed: smbd finishes requests it had
+// already received after its client went. Two equal samples 200 ms apart.
+long long settledSize(const std::string& path)
+{
+    long long last = fileSize(path);
+    for (int i = 0; i < 25; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        const long long now = fileSize(path);
+        if (now == last)
+            return now;
+        last = now;
+    }
+    return last;
+}
+
 // A sparse file: cheap to make, slow enough to move that a stop lands mid-way.
 void makeSparse(const std::string& path, off_t size)
 {
@@ -142,7 +157,7 @@ TEST_F(HNRShareCancelSmbTest, CancelledPutStopsWritingAndLeavesNoTool)
     EXPECT_FALSE(ok);
     EXPECT_EQ(getErrorMessage(), "cancelled");
     EXPECT_EQ(processesMentioning(local.path()), 0);
-    const long long after = fileSize(guestDir + "/big.bin");
+    const long long after = settledSize(guestDir + "/big.bin");
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(fileSize(guestDir + "/big.bin"), after) << "the share file still grows";
     EXPECT_LT(after, static_cast<long long>(kLarge));
@@ -167,7 +182,7 @@ TEST_F(HNRShareCancelSmbTest, CancelledGetStopsWritingAndLeavesNoTool)
     EXPECT_FALSE(ok);
     EXPECT_EQ(getErrorMessage(), "cancelled");
     EXPECT_EQ(processesMentioning(local.path()), 0);
-    const long long after = fileSize(out + "/remote big.bin");
+    const long long after = settledSize(out + "/remote big.bin");
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(fileSize(out + "/remote big.bin"), after) << "the local file still grows";
     EXPECT_LT(after, static_cast<long long>(kLarge));
@@ -213,7 +228,7 @@ TEST_F(HNRShareCancelSmbTest, CallerKilledMidPutLeavesNoToolAfterOneSecond)
     while (processesMentioning(local.path()) != 0 && std::chrono::steady_clock::now() - killed < std::chrono::seconds(1))
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ(processesMentioning(local.path()), 0) << "smbclient outlived its caller by a second";
-    const long long after = fileSize(guestDir + "/killed.bin");
+    const long long after = settledSize(guestDir + "/killed.bin");
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     EXPECT_EQ(fileSize(guestDir + "/killed.bin"), after) << "the share file still grows";
 }

@@ -6,7 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
+#include <boost/filesystem/operations.hpp>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
@@ -39,6 +42,33 @@ class HNRShareConnectionTest : public HNRTest::FakeToolsTest {
 protected:
     HNRShareParams params(const std::string& path) { return HNRShareParams(path, "DOM\\user", kPassword); }
     std::string mnt(int n) { return mountRoot() + std::to_string(n); }
+
+    // A put is checked against a listing of what arrived: this smbclient
+    // keeps the script of a put run (putScript()), waits putSeconds in it, and
+    // answers every listing with the text given.
+    void smbclientWithListing(const std::string& listing, int putSeconds = 0)
+    {
+        ASSERT_EQ(::unlink((bin + "/smbclient").c_str()), 0);
+        std::ofstream(tmp / "listing") << listing;
+        std::ofstream(bin + "/smbclient") << "#!/bin/sh\nfor a; do last=\"$a\"; done\ncase \"$last\" in\n"
+                                          << "  *\"; put \"*) printf '%s' \"$last\" > '" << tmp / "put.script"
+                                          << "'; sleep " << putSeconds << " ;;\n"
+                                          << "  *\"; ls \"*) cat '" << tmp / "listing" << "' ;;\nesac\nexit 0\n";
+        ASSERT_EQ(::chmod((bin + "/smbclient").c_str(), 0755), 0);
+    }
+    std::string putScript()
+    {
+        std::ifstream in(tmp / "put.script");
+        return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    }
+    static std::string entry(const std::string& name, const std::string& attributes, std::uint64_t size)
+    {
+        char line[256];
+        std::snprintf(line, sizeof line, "  %-30s %7s %8llu  Fri Nov 20 23:42:42 2026\n", name.c_str(),
+                      attributes.c_str(), static_cast<unsigned long long>(size));
+        return line;
+    }
+    static std::string blockEnd() { return "\n\t\t100 blocks of size 1024. 50 blocks available\n"; }
 };
 
 // ---- connect / disconnect -------------------------------------------------
@@ -235,8 +265,15 @@ TEST_F(HNRShareConnectionTest, PutWithoutTopDirsUploadsTheContents)
     ASSERT_EQ(::mkdir((top + "/sub").c_str(), 0755), 0);
     std::ofstream(top + "/a") << "aaa";
     std::ofstream(top + "/sub/b") << "bb";
+    // One listing block per entry of top, in the order the put meets them.
+    std::string listing;
+    for (boost::filesystem::directory_iterator it(top), end; it != end; ++it)
+        listing += it->path().filename() == "a" ? entry("a", "N", 3) + blockEnd()
+                                                : entry("sub", "D", 0) + "\n\\in\\sub\n" + entry(".", "D", 0) +
+                                                      entry("..", "D", 0) + entry("b", "N", 2) + blockEnd();
+    smbclientWithListing(listing);
     ASSERT_TRUE(HNRShareConnection::putFiles({top}, params("\\\\srv\\share\\in"), false, nullptr)) << getErrorMessage();
-    const std::string s = script();
+    const std::string s = putScript();
     EXPECT_EQ(s.rfind("prompt off;", 0), 0u) << s;
     EXPECT_NE(s.find("; put \"" + top + "/a\" \"a\""), std::string::npos) << s;
     EXPECT_NE(s.find("; mkdir \"sub\\\""), std::string::npos) << s;
@@ -252,9 +289,11 @@ TEST_F(HNRShareConnectionTest, PutWithTopDirsMakesTheFolder)
     std::ofstream(top + "/a") << "aaa";
     const std::string single = tmp / "single";
     std::ofstream(single) << "s";
+    smbclientWithListing(entry("top", "D", 0) + "\n\\top\n" + entry("a", "N", 3) + blockEnd() +
+                         entry("single", "N", 1) + blockEnd());
     ASSERT_TRUE(HNRShareConnection::putFiles({top, single}, params("\\\\srv\\share"), true, nullptr))
         << getErrorMessage();
-    EXPECT_EQ(script(), "prompt off; mkdir \"top\\\"; put \"" + top + "/a\" \"top\\a\"; put \"" + single +
+    EXPECT_EQ(putScript(), "prompt off; mkdir \"top\\\"; put \"" + top + "/a\" \"top\\a\"; put \"" + single +
                             "\" \"single\"");
 }
 
@@ -283,6 +322,22 @@ TEST_F(HNRShareConnectionTest, UnsafeNamesAreRefusedBeforeAnyToolRuns)
     EXPECT_FALSE(HNRShareConnection::size({"x;y"}, params("\\\\srv\\share"), total));
     EXPECT_EQ(total, 0u);
     EXPECT_FALSE(HNRShareConnection::checkFile(params("\\\\srv\\share\\a;b")));
+    EXPECT_FALSE(ran("smbclient"));
+}
+
+TEST_F(HNRShareConnectionTest, CredentialsThatCannotBeCarriedAreRefusedBeforeTheMountListing)
+{
+    HNRShareConnection connection;
+    EXPECT_FALSE(connection.connect(HNRShareParams("\\\\srv\\share", "user", "pass,word")));
+    EXPECT_EQ(getErrorMessage(),
+              "Can't mount share '//srv/share': the password holds ',', a line break or NUL, which mount.cifs would misread");
+    EXPECT_FALSE(connection.connect(HNRShareParams("\\\\srv\\share", "us,er", "password")));
+    EXPECT_NE(getErrorMessage().find("the login holds ','"), std::string::npos) << getErrorMessage();
+    EXPECT_FALSE(connection.connect(HNRShareParams("\\\\srv\\share\\..\\other", "user", "password")));
+    EXPECT_NE(getErrorMessage().find("has a '..' component"), std::string::npos) << getErrorMessage();
+    EXPECT_FALSE(HNRShareConnection::check(HNRShareParams("\\\\srv\\share", "us%er", "password")));
+    EXPECT_FALSE(ran("mount"));
+    EXPECT_FALSE(ran("mount.cifs"));
     EXPECT_FALSE(ran("smbclient"));
 }
 
@@ -361,9 +416,7 @@ TEST_F(HNRShareConnectionTest, FailureLineMidTransferFailsWithoutReaching100)
 // every 2 s (6 polling units of a quarter-second, plus one listing).
 TEST_F(HNRShareConnectionTest, SilentLongTransferReportsProgressEveryTwoSeconds)
 {
-    ASSERT_EQ(::unlink((bin + "/smbclient").c_str()), 0);
-    std::ofstream(bin + "/smbclient") << "#!/bin/sh\ncase \"$*\" in *\"; put \"*) sleep 5 ;; esac\nexit 0\n";
-    ASSERT_EQ(::chmod((bin + "/smbclient").c_str(), 0755), 0);
+    smbclientWithListing(entry("f", "N", 1) + blockEnd(), 5);
     std::ofstream(tmp / "f") << "x";
     Recorder progress;
     auto start = Clock::now();

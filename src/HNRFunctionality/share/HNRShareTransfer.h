@@ -1,0 +1,58 @@
+#pragma once
+// Internal to the share client (not installed): one transfer run after
+// another, polled to its end, with progress cumulative over all of them.
+// HNRShareConnection::putFiles and getFiles are built on it (same unit).
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "share/HNRShare.h"
+
+class GenExec;
+
+namespace HNR {
+
+class HNRShareLocation;
+
+class HNRShareTransfer {
+public:
+    enum class End {
+        Finished,    // exit status 0 and no status name on either stream
+        FailureLine, // a line on standard output: smbclient's failures go there
+        Status,      // a status name on standard error (a full local disk, ...)
+        WaitError,   // exit status not 0, killed, cancelled
+        StartError,  // smbclient could not start (message set)
+    };
+
+    // total: bytes of the whole operation, for percentages.
+    HNRShareTransfer(HNRShareConnection::Progress* progress, std::uint64_t total);
+
+    // Runs script on loc to its end. measure(runner) gives the bytes of this
+    // run done so far, when a progress computation is due; bytes of earlier runs
+    // are added with done(). detail: the failure line, or the status line,
+    // or the runner's message with smbclient's last line on standard error.
+    End run(const HNRShareLocation& loc, const std::string& script,
+            const std::function<std::uint64_t(const GenExec&)>& measure, std::string& detail);
+    // The standard error text of the last run.
+    const std::string& lastStandardError() const { return m_stderr; }
+    // Adds bytes finished by a run.
+    void done(std::uint64_t bytes) { m_doneBytes += bytes; }
+    // 100, once, after everything was checked.
+    void finish();
+    int runs() const { return m_runs; }
+
+private:
+    void update(double percent);
+
+    HNRShareConnection::Progress* m_progress;
+    std::uint64_t m_total;
+    std::uint64_t m_doneBytes = 0;
+    double m_last = 0.0;
+    int m_runs = 0;
+    std::string m_stderr;
+};
+
+// "NT_STATUS_X ..." with the table's message added: "... (message)".
+std::string explainStatus(const std::string& text);
+
+} // namespace HNR
