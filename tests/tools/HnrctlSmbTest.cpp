@@ -8,8 +8,16 @@
 
 #include <boost/filesystem.hpp>
 
+#include <nlohmann/json.hpp>
+
+#include <poll.h>
+#include <pty.h>
+#include <signal.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 using namespace HNRTest;
@@ -71,27 +79,34 @@ protected:
     std::vector<HnrctlRun> m_runs;
 };
 
-// Every line of err is "label: N.N%", never decreasing, the last one 100.0.
+// Every line of err is "label: N.N%  DONE of TOTAL bytes  RATE  H:MM:SS left",
+// never decreasing, the first one 0.0 and the last one 100.0 with DONE the
+// total.
 void expectProgressLines(const std::string& err, const std::string& label)
 {
     std::istringstream lines(err);
     std::string line;
     double last = -1;
     int count = 0;
+    const std::regex shape(label + ": +([0-9]+\\.[0-9])%  ([0-9,]+) of ([0-9,]+) bytes  "
+                                   "(--|[0-9]+\\.[0-9]{2}[kMG]?B/s)  ([0-9]+:[0-9]{2}:[0-9]{2}|-:--:--) left");
+    std::string done, total;
     while (std::getline(lines, line)) {
-        // "put:  42.5%": the label, a colon, blanks, one decimal, a percent sign.
-        size_t number = line.find_first_not_of(' ', label.size() + 1);
-        bool shaped = line.compare(0, label.size() + 1, label + ":") == 0 && number != std::string::npos &&
-                      line.size() >= number + 4 && line.back() == '%' && line[line.size() - 3] == '.' &&
-                      line.find_first_not_of("0123456789.", number) == line.size() - 1;
-        ASSERT_TRUE(shaped) << "not a progress line: '" << line << "'";
-        double value = std::stod(line.substr(number));
+        std::smatch m;
+        ASSERT_TRUE(std::regex_match(line, m, shape)) << "not a progress line: '" << line << "'";
+        double value = std::stod(m[1]);
+        if (count == 0) {
+            EXPECT_EQ(0.0, value) << err;
+        }
         EXPECT_GT(value, last) << err;
         last = value;
+        done = m[2];
+        total = m[3];
         ++count;
     }
-    EXPECT_GE(count, 1);
+    EXPECT_GE(count, 2);
     EXPECT_EQ(100.0, last) << err;
+    EXPECT_EQ(total, done) << err;
 }
 
 std::string contents(const fs::path& p) { return slurp(p.string()); }
@@ -211,4 +226,257 @@ TEST_F(HnrctlSmbTest, VerboseShowsTheModulesInformationLines)
     HnrctlRun loud = run({"-v", "share", "check", m_share});
     EXPECT_EQ(0, loud.status);
     EXPECT_NE(std::string::npos, loud.err.find("[smbclientApi] share '//127.0.0.1/auth'")) << loud.err;
+}
+
+namespace {
+
+std::string slashForm(const std::string& unc)
+{
+    std::string s = unc;
+    std::replace(s.begin(), s.end(), '\\', '/');
+    return s;
+}
+
+} // namespace
+
+// UNC, slash and smb:// forms are taken by every command, and a failure is
+// one line naming the path as the user wrote it; -v adds the details.
+TEST_F(HnrctlSmbTest, EveryPathFormWorksAndErrorsComeInTheUsersForm)
+{
+    const std::string slash = slashForm(m_share);
+    const std::string url = "smb:" + slash;
+
+    HnrctlRun r = run({"share", "mkdir", url + "/forms"});
+    ASSERT_EQ(0, r.status) << r.err;
+    EXPECT_EQ("created " + url + "/forms\n", r.out);
+    EXPECT_TRUE(fs::is_directory(fs::path(env("HNR_SMB_AUTH_DIR")) / "forms"));
+
+    // -p: every missing parent, and an existing folder is no error.
+    for (int i = 0; i < 2; ++i) {
+        r = run({"share", "mkdir", "-p", slash + "/forms/a/b"});
+        ASSERT_EQ(0, r.status) << r.err;
+        EXPECT_EQ("created " + slash + "/forms/a/b\n", r.out);
+        EXPECT_EQ("", r.err);
+    }
+    EXPECT_TRUE(fs::is_directory(fs::path(env("HNR_SMB_AUTH_DIR")) / "forms" / "a" / "b"));
+
+    // Without -p an existing folder is a failure, in the form of the operand.
+    r = run({"share", "mkdir", slash + "/forms/a/b"});
+    EXPECT_EQ(1, r.status);
+    EXPECT_EQ("", r.out);
+    EXPECT_EQ("hnrctl: share mkdir: Can't create directory 'b' on share '" + slash +
+                  "/forms/a': directory already exist\n",
+              r.err);
+    r = run({"share", "mkdir", m_share + "\\forms\\a\\b"});
+    EXPECT_EQ(1, r.status);
+    EXPECT_EQ("hnrctl: share mkdir: Can't create directory 'b' on share '" + m_share +
+                  "\\forms\\a': directory already exist\n",
+              r.err);
+
+    r = run({"share", "ls", url + "/missing"});
+    EXPECT_EQ(1, r.status);
+    EXPECT_EQ("", r.out);
+    EXPECT_EQ("hnrctl: share ls: " + url + "/missing: Path is not found\n", r.err);
+    // The script and the module's log lines only with -v.
+    r = run({"-v", "share", "ls", url + "/missing"});
+    EXPECT_EQ(1, r.status);
+    EXPECT_NE(std::string::npos, r.err.find("Failed execute command 'prompt off; ls'")) << r.err;
+    EXPECT_NE(std::string::npos, r.err.find("[smbclientApi] ")) << r.err;
+
+    r = run({"share", "size", url + "/forms"});
+    EXPECT_EQ(0, r.status) << r.err;
+    EXPECT_EQ("0\n", r.out);
+    r = run({"share", "check", "--file", url + "/forms/a"});
+    EXPECT_EQ(0, r.status) << r.err;
+    EXPECT_EQ("ok: '" + url + "/forms/a' exists\n", r.out);
+
+    // A URL with credentials would put the password on the command line.
+    r = run({"share", "ls", "smb://dQ==:cA==@" + slash.substr(2)});
+    EXPECT_EQ(2, r.status);
+    EXPECT_NE(std::string::npos, r.err.find("with credentials is not taken on the command line")) << r.err;
+
+    r = run({"share", "rmdir", url, "forms"});
+    EXPECT_EQ(0, r.status) << r.err;
+    EXPECT_EQ("removed " + url + "/forms\n", r.out);
+}
+
+// share ls sorts by name and sums up (not with --json); share size of the
+// share root is everything on the share.
+TEST_F(HnrctlSmbTest, ListingIsSortedAndSizeCoversTheShareRoot)
+{
+    fs::path tree = m_dir / "sorted";
+    writeFile(tree / "b.txt", 5, 'b');
+    writeFile(tree / "A.txt", 3, 'a');
+    writeFile(tree / "c dir" / "x", 7, 'x');
+    HnrctlRun r = run({"share", "put", "-q", m_share, tree.string()});
+    ASSERT_EQ(0, r.status) << r.err;
+    EXPECT_EQ("", r.err); // -q: no progress
+
+    r = run({"share", "ls", m_share + "\\sorted"});
+    ASSERT_EQ(0, r.status) << r.err;
+    EXPECT_EQ("-              3  A.txt\n"
+              "-              5  b.txt\n"
+              "d              0  c dir\n"
+              "2 file(s), 1 folder(s), 8 bytes in files\n",
+              r.out);
+    r = run({"share", "ls", m_share + "\\sorted", "*.TXT"});
+    EXPECT_EQ("-              3  A.txt\n-              5  b.txt\n2 file(s), 0 folder(s), 8 bytes in files\n", r.out);
+
+    r = run({"share", "ls", "--json", m_share + "\\sorted"});
+    ASSERT_EQ(0, r.status) << r.err;
+    nlohmann::json listing = nlohmann::json::parse(r.out);
+    EXPECT_EQ(m_share + "\\sorted", listing["path"]);
+    ASSERT_EQ(3u, listing["entries"].size());
+    EXPECT_EQ("A.txt", listing["entries"][0]["name"]);
+    EXPECT_EQ("file", listing["entries"][0]["type"]);
+    EXPECT_EQ(3, listing["entries"][0]["size"]);
+    EXPECT_EQ("c dir", listing["entries"][2]["name"]);
+    EXPECT_EQ("directory", listing["entries"][2]["type"]);
+
+    // The whole share, as on the server's disk (names beginning with '.' left out).
+    std::uint64_t onDisk = 0;
+    for (fs::recursive_directory_iterator it(env("HNR_SMB_AUTH_DIR")), end; it != end; ++it) {
+        if (it->path().filename().string()[0] == '.') {
+            if (fs::is_directory(it->path()))
+                it.disable_recursion_pending();
+            continue;
+        }
+        if (fs::is_regular_file(it->path()))
+            onDisk += fs::file_size(it->path());
+    }
+    EXPECT_GE(onDisk, 15u);
+    r = run({"share", "size", m_share});
+    ASSERT_EQ(0, r.status) << r.err;
+    EXPECT_EQ(std::to_string(onDisk) + "\n", r.out);
+    r = run({"share", "size", "--json", slashForm(m_share) + "/sorted"});
+    ASSERT_EQ(0, r.status) << r.err;
+    EXPECT_EQ(nlohmann::json({{"path", slashForm(m_share) + "/sorted"}, {"bytes", 15}}), nlohmann::json::parse(r.out));
+
+    r = run({"share", "ls", m_share});
+    EXPECT_NE(std::string::npos, r.out.find("d              0  sorted\n")) << r.out;
+    EXPECT_EQ(0, run({"share", "rmdir", m_share, "sorted"}).status);
+}
+
+// -A FILE in smbclient's format; no password and no terminal is a usage error.
+TEST_F(HnrctlSmbTest, AuthenticationFileServesAsSmbclientsDoes)
+{
+    const std::string file = (m_dir / "auth").string();
+    std::ofstream(file) << "# for the backup share\nusername = " << m_user << "\npassword = " << m_password << "\n";
+    HnrctlRun r = runBinary({"share", "check", "-A", file, m_share}, {{"HNR_SMB_PASSWORD", ""}});
+    m_runs.push_back(r);
+    EXPECT_EQ(0, r.status) << r.err;
+    EXPECT_EQ("ok: the share of '" + m_share + "' answers\n", r.out);
+
+    std::ofstream(file) << "username = " << m_user << "\npassword = not-" << m_password << "\n";
+    r = runBinary({"share", "check", "-A", file, m_share}, {{"HNR_SMB_PASSWORD", ""}});
+    m_runs.push_back(r);
+    EXPECT_EQ(1, r.status);
+    EXPECT_EQ("hnrctl: share check: " + m_share + ": Logon failure: unknown user name or bad password\n", r.err);
+
+    std::ofstream(file) << "user " << m_user << "\n";
+    r = runBinary({"share", "check", "-A", file, m_share}, {{"HNR_SMB_PASSWORD", ""}});
+    EXPECT_EQ(1, r.status);
+    EXPECT_EQ("hnrctl: share check: the authentication file '" + file +
+                  "' does not read at line 1: expected 'username = ...', 'password = ...' or 'domain = ...'\n",
+              r.err);
+
+    // -U without any password source, standard input not a terminal.
+    r = runBinary({"share", "check", "-U", m_user, m_share}, {{"HNR_SMB_PASSWORD", ""}});
+    EXPECT_EQ(2, r.status);
+    EXPECT_NE(std::string::npos, r.err.find("-U " + m_user + " needs a password")) << r.err;
+}
+
+// On a terminal the password is asked for without echo, as smbclient does.
+TEST_F(HnrctlSmbTest, PasswordPromptOnATerminalDoesNotEcho)
+{
+    int master = -1;
+    pid_t pid = forkpty(&master, nullptr, nullptr, nullptr);
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        unsetenv("HNR_SMB_PASSWORD");
+        std::string share = slashForm(m_share);
+        execl(HNRCTL_PATH, HNRCTL_PATH, "share", "check", "-U", m_user.c_str(), share.c_str(), (char*)nullptr);
+        _exit(127);
+    }
+    // Everything the terminal shows; the password goes in once the prompt is there.
+    std::string screen;
+    bool typed = false;
+    for (;;) {
+        pollfd p = {master, POLLIN, 0};
+        if (poll(&p, 1, 30000) <= 0)
+            break;
+        char buffer[512];
+        ssize_t n = read(master, buffer, sizeof buffer);
+        if (n <= 0)
+            break; // EIO: the program has ended
+        screen.append(buffer, static_cast<size_t>(n));
+        if (!typed && screen.find("Password for [" + m_user + "]:") != std::string::npos) {
+            std::string line = m_password + "\n";
+            ASSERT_EQ(static_cast<ssize_t>(line.size()), write(master, line.data(), line.size()));
+            typed = true;
+        }
+    }
+    close(master);
+    int wstatus = 0;
+    ASSERT_EQ(pid, waitpid(pid, &wstatus, 0));
+    EXPECT_TRUE(typed) << screen;
+    EXPECT_TRUE(WIFEXITED(wstatus) && WEXITSTATUS(wstatus) == 0) << screen;
+    EXPECT_NE(std::string::npos, screen.find("ok: the share of '" + slashForm(m_share) + "' answers")) << screen;
+    EXPECT_EQ(std::string::npos, screen.find(m_password)) << "the password was echoed";
+}
+
+// SIGINT during a put: smbclient is killed and reaped, the file on the share
+// stops growing, and hnrctl exits 130.
+TEST_F(HnrctlSmbTest, InterruptingAPutStopsTheToolAndExits130)
+{
+    // Large and sparse: the transfer takes seconds, the local disk nothing.
+    fs::path big = m_dir / "interrupt-me.bin";
+    {
+        std::ofstream out(big.string(), std::ios::binary);
+        out.seekp(4LL * 1024 * 1024 * 1024 - 1);
+        out.put('!');
+    }
+    fs::path errFile = m_dir / "put.err";
+    std::vector<std::string> argvStrings = {HNRCTL_PATH, "share", "put", "-U", m_user, m_share, big.string()};
+    std::vector<char*> argv;
+    for (std::string& s : argvStrings)
+        argv.push_back(&s[0]);
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t pid = 0;
+    ASSERT_EQ(0, posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ));
+    posix_spawn_file_actions_destroy(&actions);
+
+    // Wait until bytes have reached the share.
+    fs::path remote = fs::path(env("HNR_SMB_AUTH_DIR")) / "interrupt-me.bin";
+    boost::system::error_code ec;
+    for (int i = 0; i < 600 && !(fs::exists(remote, ec) && fs::file_size(remote, ec) > 0); ++i)
+        usleep(50 * 1000);
+    ASSERT_GT(fs::file_size(remote, ec), 0u) << slurp(errFile.string());
+
+    ASSERT_EQ(0, kill(pid, SIGINT));
+    int wstatus = 0;
+    ASSERT_EQ(pid, waitpid(pid, &wstatus, 0));
+    ASSERT_TRUE(WIFEXITED(wstatus)) << "killed by signal " << WTERMSIG(wstatus);
+    EXPECT_EQ(130, WEXITSTATUS(wstatus));
+    std::string err = slurp(errFile.string());
+    EXPECT_NE(std::string::npos, err.find("hnrctl: share put: cancelled\n")) << err;
+
+    // No smbclient of this transfer is left.
+    for (fs::directory_iterator it("/proc", ec), end; it != end; it.increment(ec)) {
+        std::string cmdline = slurp((it->path() / "cmdline").string());
+        if (cmdline.find("smbclient") != std::string::npos) {
+            EXPECT_EQ(std::string::npos, cmdline.find(big.string())) << it->path();
+        }
+    }
+    // The file on the share no longer grows.
+    std::uint64_t size = fs::file_size(remote, ec);
+    usleep(1500 * 1000);
+    EXPECT_EQ(size, fs::file_size(remote, ec));
+    EXPECT_LT(size, fs::file_size(big));
+    fs::remove(remote, ec);
 }

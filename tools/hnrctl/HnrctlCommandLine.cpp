@@ -56,7 +56,8 @@ bool HnrctlCommandLine::parse(const std::vector<std::string>& args, const std::v
             value = arg.substr(2);
             hasInlineValue = true;
         }
-        if (looksLikePasswordOption(name)) {
+        // A command's own option wins (mkdir -p); elsewhere -p means a password.
+        if (looksLikePasswordOption(name) && !findOption(options, name)) {
             m_error = "passwords are not taken on the command line: set HNR_SMB_PASSWORD or use --password-file FILE";
             return false;
         }

@@ -1,9 +1,13 @@
 #pragma once
 // Transfer progress of hnrctl share put/get, on the error stream: one line
 // redrawn with '\r' on a terminal, one line per update otherwise. The shown
-// percentage never goes down and never passes 100.
+// percentage never goes down and never passes 100. With the total size
+// known, a line also shows bytes done and total, the rate and the time left,
+// as rsync's --info=progress2 does.
 #include "share/HNRShare.h"
 
+#include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <string>
 
@@ -11,17 +15,33 @@ namespace hnrctl {
 
 class HnrctlProgress : public HNR::HNRShareConnection::Progress {
 public:
+    // Seconds since some fixed point.
+    typedef std::function<double()> Clock;
+
     HnrctlProgress(std::ostream& out, const std::string& label, bool terminal);
+    // totalBytes 0: unknown (percentages only). clock: null for the steady clock.
+    HnrctlProgress(std::ostream& out, const std::string& label, bool terminal, std::uint64_t totalBytes,
+                   Clock clock = Clock());
+    // Shows the first line (0%) at once, so a user sees something within a second.
+    void start();
     void setProgress(double percent) override;
     // Ends the redrawn line on a terminal; call once the transfer is over.
     void finish();
     // The last percentage shown, -1 before the first.
     double lastShown() const { return m_last; }
 
+    // "1,234,567"
+    static std::string groupDigits(std::uint64_t value);
+
 private:
+    void show(double percent);
+
     std::ostream& m_out;
     std::string m_label;
     bool m_terminal;
+    std::uint64_t m_total = 0;
+    Clock m_clock;
+    double m_started = 0;
     double m_last = -1;
 };
 

@@ -15,8 +15,9 @@ struct HnrctlRecord {
     std::string className; // demangled run-time class, e.g. "HNR::HNREnvConfig"
     // Prints the record's fields, secrets as "(hidden)".
     std::function<void(std::ostream&)> print;
-    // Writes the record at the cursor through its own factory; 0 on success.
-    std::function<int(HNKMessageIterator&)> write;
+    // Writes the record at the cursor through its own factory, secrets emptied
+    // when maskSecrets; 0 on success.
+    std::function<int(HNKMessageIterator&, bool maskSecrets)> write;
 };
 
 // Looks the xsi:type key of the element at the cursor up in every registry
