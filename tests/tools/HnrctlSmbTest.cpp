@@ -473,8 +473,16 @@ TEST_F(HnrctlSmbTest, InterruptingAPutStopsTheToolAndExits130)
             EXPECT_EQ(std::string::npos, cmdline.find(big.string())) << it->path();
         }
     }
-    // The file on the share no longer grows.
+    // The file on the share no longer grows, once the writes smbd had already
+    // received when its client went have landed (two equal samples 200 ms apart).
     std::uint64_t size = fs::file_size(remote, ec);
+    for (int i = 0; i < 50; ++i) {
+        usleep(200 * 1000);
+        std::uint64_t now = fs::file_size(remote, ec);
+        if (now == size)
+            break;
+        size = now;
+    }
     usleep(1500 * 1000);
     EXPECT_EQ(size, fs::file_size(remote, ec));
     EXPECT_LT(size, fs::file_size(big));
