@@ -35,6 +35,22 @@ long long fileSize(const std::string& path)
     return ::stat(path.c_str(), &st) == 0 ? static_cast<long long>(st.st_size) : -1;
 }
 
+std::string readAll(const std::string& path)
+{
+    // POSIX reads: a /proc file of a process that ends meanwhile fails with
+    // ESRCH, which a stream would throw as an exception.
+    std::string text;
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return text;
+    char buf[4096];
+    ssize_t got;
+    while ((got = ::read(fd, buf, sizeof buf)) > 0)
+        text.append(buf, static_cast<std::size_t>(got));
+    ::close(fd);
+    return text;
+}
+
 // Processes whose command line holds marker (a test's private folder names
 // every smbclient script it starts), zombies excluded.
 int processesMentioning(const std::string& marker)
@@ -47,13 +63,10 @@ int processesMentioning(const std::string& marker)
         if (e->d_name[0] < '0' || e->d_name[0] > '9')
             continue;
         const std::string base = std::string("/proc/") + e->d_name;
-        std::ifstream cmd(base + "/cmdline", std::ios::binary);
-        std::string all((std::istreambuf_iterator<char>(cmd)), std::istreambuf_iterator<char>());
+        const std::string all = readAll(base + "/cmdline");
         if (all.find(marker) == std::string::npos || all.find("smbclient") == std::string::npos)
             continue;
-        std::ifstream stat(base + "/stat");
-        std::string line;
-        std::getline(stat, line);
+        const std::string line = readAll(base + "/stat");
         const std::size_t close = line.rfind(')');
         if (close != std::string::npos && close + 2 < line.size() && line[close + 2] == 'Z')
             continue;

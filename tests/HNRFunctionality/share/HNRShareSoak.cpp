@@ -74,8 +74,18 @@ std::uint64_t fileSize(const std::string& path)
 
 std::string readAll(const std::string& path)
 {
-    std::ifstream in(path, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    // POSIX reads: a /proc file of a process that ends meanwhile fails with
+    // ESRCH, which a stream would throw as an exception.
+    std::string text;
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return text;
+    char buf[4096];
+    ssize_t got;
+    while ((got = ::read(fd, buf, sizeof buf)) > 0)
+        text.append(buf, static_cast<std::size_t>(got));
+    ::close(fd);
+    return text;
 }
 
 // Live processes whose parent is pid.
