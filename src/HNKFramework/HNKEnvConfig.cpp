@@ -87,7 +87,8 @@ int HNKEnvConfig::setName(const HNKOptionalProperty<std::string>& name)
 {
     if (!name.isSpecified()) {
         if (hasMsg())
-            msg_.removeChild("name");
+            while (msg_.removeChild("name") == 0) {
+            }
         return 0;
     }
     return putElement(name.get(), "name");
