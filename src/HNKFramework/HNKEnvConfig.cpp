@@ -15,9 +15,11 @@ namespace {
 
 const char kRootName[] = "venv_config";
 
+// Copies and reads share the tree until either side changes it (see
+// HNKMessageIterator::shareSubtree): to every caller they are deep copies.
 HNKMessageIterator copyOf(const HNKMessageIterator& msg)
 {
-    return msg.isValid() ? msg.root().cloneSubtree() : HNKMessageIterator();
+    return msg.isValid() ? msg.root().shareSubtree() : HNKMessageIterator();
 }
 
 // A setting as an optional value: specified exactly when it could be read.
@@ -44,7 +46,7 @@ HNKEnvConfig::HNKEnvConfig() {}
 HNKEnvConfig::HNKEnvConfig(const HNKMessageIterator* msg)
 {
     if (msg && msg->isValid())
-        msg_ = msg->cloneSubtree();
+        msg_ = msg->shareSubtree();
 }
 
 HNKEnvConfig::HNKEnvConfig(boost::shared_ptr<HNKEnvCoreBasic> core) : core_(core) {}
@@ -129,7 +131,7 @@ int HNKEnvConfig::Reader::operator()(const HNKMessageIterator& it, HNKEnvConfig&
 {
     if (!it.isValid())
         return -1;
-    config.msg_ = it.cloneSubtree();
+    config.msg_ = it.shareSubtree();
     return 0;
 }
 

@@ -8,7 +8,8 @@
 // whose position is -1 follow, in their current order. Inside the tree a
 // setter appends, so the tree's own order is the order of the last sets.
 //
-// Copies are deep: two configurations never share a tree.
+// Copies are values: two configurations never see each other's changes. A
+// copy (and a read) shares the tree until either side changes it.
 #include "HNKDerivedParserFactory.h"
 #include "HNKMessageIterator.h"
 #include "HNKOptionalProperty.h"

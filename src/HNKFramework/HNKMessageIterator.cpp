@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cstdint>
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <limits>
 #include <string_view>
@@ -515,14 +516,110 @@ bool setTextOf(xml_node el, const char* value, size_t size)
 
 } // namespace
 
-// The document the cursors share, with what is known of all its names.
-struct HNKMessageIterator::Document {
+// The element tree, with what is known of all its names. Several documents
+// may share one tree (shareSubtree): it is then read-only for all of them,
+// and a document about to change it first takes a copy of its own
+// (Document::own). `shares` counts the documents on the tree; it is the only
+// state touched by more than one thread, so it is atomic: a release by one
+// document happens before the remaining one changes the tree in place or
+// deletes it.
+struct HNKMessageIterator::Tree {
     pugi::xml_document xml;
     // False while no element name can carry a prefix (the cursor creates
     // none; parsed or copied-in names may): then a child is found by its
     // exact name with pugixml's own walk instead of comparing local names.
     bool prefixedNames = false;
+    std::atomic<long> shares{1};
+
+    static void release(Tree* t)
+    {
+        if (t && t->shares.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            delete t;
+    }
 };
+
+// What the copies of a cursor share: a tree and the list of those cursors,
+// so that taking an own copy of a shared tree moves every one of them onto
+// the copy. Used by one thread at a time, like its cursors.
+struct HNKMessageIterator::Document {
+    Tree* tree;
+    HNKMessageIterator* cursors = nullptr;
+
+    Document() : tree(new Tree) {}
+    explicit Document(Tree* shared) : tree(shared) { tree->shares.fetch_add(1, std::memory_order_relaxed); }
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+    ~Document() { Tree::release(tree); }
+
+    // Before any change of the tree: while another document shares it, copy
+    // it and move this document's cursors onto the copy.
+    void own()
+    {
+        if (tree->shares.load(std::memory_order_acquire) == 1)
+            return;
+        Tree* mine = new Tree;
+        mine->prefixedNames = tree->prefixedNames;
+        for (xml_node c = tree->xml.first_child(); c; c = c.next_sibling())
+            mine->xml.append_copy(c);
+        for (HNKMessageIterator* c = cursors; c; c = c->nextInDoc_)
+            if (c->node_)
+                c->node_ = counterpart(c->node_, mine->xml);
+        Tree::release(tree);
+        tree = mine;
+    }
+
+    // The node at the same place in `copy` as `n` in its own tree.
+    static xml_node_struct* counterpart(xml_node_struct* n, xml_node copy)
+    {
+        std::vector<size_t> path;
+        for (xml_node at(n); at.parent(); at = at.parent()) {
+            size_t index = 0;
+            for (xml_node s = at.previous_sibling(); s; s = s.previous_sibling())
+                ++index;
+            path.push_back(index);
+        }
+        xml_node at = copy;
+        for (auto i = path.rbegin(); i != path.rend(); ++i) {
+            at = at.first_child();
+            for (size_t k = 0; k < *i; ++k)
+                at = at.next_sibling();
+        }
+        return at.internal_object();
+    }
+};
+
+void HNKMessageIterator::attach(const boost::shared_ptr<Document>& doc)
+{
+    detach();
+    doc_ = doc;
+    if (!doc_)
+        return;
+    prevInDoc_ = nullptr;
+    nextInDoc_ = doc_->cursors;
+    if (nextInDoc_)
+        nextInDoc_->prevInDoc_ = this;
+    doc_->cursors = this;
+}
+
+void HNKMessageIterator::detach()
+{
+    if (!doc_)
+        return;
+    if (prevInDoc_)
+        prevInDoc_->nextInDoc_ = nextInDoc_;
+    else
+        doc_->cursors = nextInDoc_;
+    if (nextInDoc_)
+        nextInDoc_->prevInDoc_ = prevInDoc_;
+    prevInDoc_ = nextInDoc_ = nullptr;
+    doc_.reset();
+}
+
+pugi::xml_document& HNKMessageIterator::changing()
+{
+    doc_->own();
+    return doc_->tree->xml;
+}
 
 // ---------------------------------------------------------------------------
 
@@ -534,13 +631,28 @@ HNKMessageIterator::HNKMessageIterator(const std::string& rootName) : node_(null
         setErrorMessage("HNKMessageIterator: invalid root element name '%s'", rootName.c_str());
         return;
     }
-    doc_.reset(new Document);
-    node_ = doc_->xml.append_child(rootName.c_str()).internal_object();
+    attach(boost::shared_ptr<Document>(new Document));
+    node_ = doc_->tree->xml.append_child(rootName.c_str()).internal_object();
 }
 
-HNKMessageIterator::~HNKMessageIterator() = default;
-HNKMessageIterator::HNKMessageIterator(const HNKMessageIterator&) = default;
-HNKMessageIterator& HNKMessageIterator::operator=(const HNKMessageIterator&) = default;
+HNKMessageIterator::~HNKMessageIterator() { detach(); }
+
+HNKMessageIterator::HNKMessageIterator(const HNKMessageIterator& other)
+    : node_(other.node_), namespace_(other.namespace_)
+{
+    attach(other.doc_);
+}
+
+HNKMessageIterator& HNKMessageIterator::operator=(const HNKMessageIterator& other)
+{
+    if (this != &other) {
+        if (doc_ != other.doc_)
+            attach(other.doc_);
+        node_ = other.node_;
+        namespace_ = other.namespace_;
+    }
+    return *this;
+}
 
 int HNKMessageIterator::fromXML(const std::string& text)
 {
@@ -558,7 +670,7 @@ int HNKMessageIterator::fromXML(const std::string& text)
     // itself instead of a child node: messages are mostly elements holding
     // one value, so the tree has half the nodes (faster to build, copy and
     // write, half the memory). textOf and setTextOf read and write it.
-    pugi::xml_parse_result result = doc->xml.load_buffer(
+    pugi::xml_parse_result result = doc->tree->xml.load_buffer(
         text.data(), text.size(),
         pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment | pugi::parse_embed_pcdata,
         pugi::encoding_utf8);
@@ -567,7 +679,7 @@ int HNKMessageIterator::fromXML(const std::string& text)
         return -1;
     }
     xml_node root;
-    for (xml_node n = doc->xml.first_child(); n; n = n.next_sibling()) {
+    for (xml_node n = doc->tree->xml.first_child(); n; n = n.next_sibling()) {
         switch (n.type()) {
         case pugi::node_element:
             if (root) {
@@ -591,9 +703,9 @@ int HNKMessageIterator::fromXML(const std::string& text)
         setErrorMessage("fromXML: empty document: no root element");
         return -1;
     }
-    if (!checkTree(root, doc->prefixedNames))
+    if (!checkTree(root, doc->tree->prefixedNames))
         return -1;
-    doc_ = doc;
+    attach(doc);
     node_ = root.internal_object();
     namespace_.clear();
     return 0;
@@ -607,7 +719,7 @@ std::string HNKMessageIterator::toXML(bool indent) const
         return std::string();
     StringWriter w;
     unsigned flags = pugi::format_no_declaration | (indent ? pugi::format_indent : pugi::format_raw);
-    doc_->xml.save(w, "  ", flags, pugi::encoding_utf8);
+    doc_->tree->xml.save(w, "  ", flags, pugi::encoding_utf8);
     return std::move(w.out);
 }
 
@@ -617,7 +729,7 @@ HNKMessageIterator HNKMessageIterator::root() const
 {
     HNKMessageIterator r(*this);
     if (doc_)
-        r.node_ = doc_->xml.document_element().internal_object();
+        r.node_ = doc_->tree->xml.document_element().internal_object();
     return r;
 }
 
@@ -630,7 +742,7 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
     if (!node_ || !tag || !*tag)
         return nullptr;
     xml_node parent = nodeOf(node_);
-    if (!doc_->prefixedNames) {
+    if (!doc_->tree->prefixedNames) {
         for (xml_node c = parent.child(tag); c; c = c.next_sibling(tag))
             if (c.type() == pugi::node_element)
                 return c.internal_object();
@@ -685,6 +797,7 @@ int HNKMessageIterator::createChild(int id)
 {
     if (id == 0 || !node_)
         return -1;
+    changing();
     const char* name = HNKElementDictionary::findName(id);
     if (!name) {
         setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
@@ -698,6 +811,7 @@ int HNKMessageIterator::createChild(const char* tag)
 {
     if (!node_ || !tag || !*tag)
         return -1;
+    changing();
     if (!isValidTag(tag)) {
         setErrorMessage("HNKMessageIterator: invalid element name '%s'", tag);
         return -1;
@@ -719,6 +833,7 @@ void HNKMessageIterator::removeCurrent()
 {
     if (!node_)
         return;
+    changing();
     xml_node self = nodeOf(node_);
     xml_node parent = self.parent();
     if (parent.type() != pugi::node_element)
@@ -736,7 +851,7 @@ int HNKMessageIterator::nextSibling(const char* tag) const
     if (!node_ || !tag || !*tag)
         return -1;
     xml_node self = nodeOf(node_);
-    if (!doc_->prefixedNames) {
+    if (!doc_->tree->prefixedNames) {
         for (xml_node s = self.next_sibling(tag); s; s = s.next_sibling(tag))
             if (s.type() == pugi::node_element) {
                 node_ = s.internal_object();
@@ -794,6 +909,9 @@ bool HNKMessageIterator::hasChild(const char* tag) const { return findChild(tag)
 
 int HNKMessageIterator::removeChild(int id)
 {
+    if (!node_)
+        return -1;
+    changing();
     xml_node_struct* c = findChild(id);
     if (!c)
         return -1;
@@ -803,6 +921,9 @@ int HNKMessageIterator::removeChild(int id)
 
 int HNKMessageIterator::removeChild(const char* tag)
 {
+    if (!node_)
+        return -1;
+    changing();
     xml_node_struct* c = findChild(tag);
     if (!c)
         return -1;
@@ -837,6 +958,7 @@ void HNKMessageIterator::setType(const char* type, const char* ns)
 {
     if (!node_ || !type || !isValidTag(type))
         return;
+    changing();
     xml_node el = nodeOf(node_);
     if (findXsiType(el))
         return; // the outermost writer stamped first; its label stays
@@ -886,6 +1008,7 @@ void HNKMessageIterator::applySecondaryID(int id)
 {
     if (!node_)
         return;
+    changing();
     xml_node el = nodeOf(node_);
     xml_attribute a = el.attribute("secondary_id");
     if (!a)
@@ -929,6 +1052,7 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
                         idLabel(id, buf));
         return -1;
     }
+    changing();
     xml_node_struct* n = target(id);
     if (n)
         return setTextOf(nodeOf(n), value, size) ? 0 : -1;
@@ -1128,9 +1252,9 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     if (!node_)
         return out;
     xml_node self = nodeOf(node_);
-    out.doc_.reset(new Document);
-    out.doc_->prefixedNames = doc_->prefixedNames;
-    xml_node copy = out.doc_->xml.append_copy(self);
+    out.attach(boost::shared_ptr<Document>(new Document));
+    out.doc_->tree->prefixedNames = doc_->tree->prefixedNames;
+    xml_node copy = out.doc_->tree->xml.append_copy(self);
     for (const auto& b : bindingsInScope(self.parent()))
         if (!copy.attribute(b.first))
             copy.append_attribute(b.first).set_value(b.second);
@@ -1138,15 +1262,26 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     return out;
 }
 
+HNKMessageIterator HNKMessageIterator::shareSubtree() const
+{
+    if (!node_ || node_ != doc_->tree->xml.document_element().internal_object())
+        return cloneSubtree();
+    HNKMessageIterator out;
+    out.attach(boost::shared_ptr<Document>(new Document(doc_->tree)));
+    out.node_ = node_;
+    return out;
+}
+
 int HNKMessageIterator::appendCopy(const HNKMessageIterator& source)
 {
     if (!node_ || !source.node_)
         return -1;
+    changing();
     xml_node from = nodeOf(source.node_);
     xml_node to = nodeOf(node_);
     if (doc_ == source.doc_ && isSameOrAncestor(from, to))
         return -1;
-    doc_->prefixedNames = doc_->prefixedNames || source.doc_->prefixedNames;
+    doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
     xml_node copy = to.append_copy(from);
     std::vector<std::pair<const char*, const char*>> missing;
     for (const auto& b : bindingsInScope(from.parent())) {
@@ -1177,11 +1312,12 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
 {
     if (!node_ || !source.node_)
         return -1;
+    changing();
     if (doc_ == source.doc_ && isSameOrAncestor(nodeOf(source.node_), nodeOf(node_)))
         return appendChildrenCopy(source.cloneSubtree()); // copying a subtree into itself
     xml_node from = nodeOf(source.node_);
     xml_node to = nodeOf(node_);
-    doc_->prefixedNames = doc_->prefixedNames || source.doc_->prefixedNames;
+    doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
     std::vector<std::pair<const char*, const char*>> needed;
     for (const auto& b : bindingsInScope(from)) {
         const char* here = resolveDeclName(to, b.first);

@@ -5,6 +5,10 @@
 // position. Readers take the cursor const: the position is mutable state, so
 // a reader moves down and must move back up (ascend) before it returns.
 // One cursor (and the document behind it) is used by one thread at a time.
+// Distinct documents may share one element tree (shareSubtree) and be used
+// on different threads: the tree is then read-only, and a document about to
+// change it takes a copy of its own first, so neither ever sees the other's
+// changes.
 //
 // Element IDs are either numeric (the framework's element dictionary,
 // HNKElementDictionary, gives the element name) or string tags. ID 0 and the
@@ -20,6 +24,7 @@
 
 namespace pugi {
 struct xml_node_struct;
+class xml_document;
 } // namespace pugi
 
 class HNKMessageIterator {
@@ -186,6 +191,11 @@ public:
     // the cursor, with the namespace bindings it inherited declared on its
     // root; the new cursor is on that root. Invalid when this one is.
     HNKMessageIterator cloneSubtree() const;
+    // The same as cloneSubtree for every observer, without copying now when
+    // the cursor is on the outermost element: the new document shares the
+    // tree until either side changes it, and the side that changes it first
+    // changes a copy of its own. Elsewhere it is cloneSubtree.
+    HNKMessageIterator shareSubtree() const;
     // Appends deep copies of all children of `source`'s current element to
     // the element under this cursor, in order; bindings the copies relied on
     // are declared on them. 0 on success, -1 when either cursor is invalid.
@@ -234,10 +244,20 @@ private:
     template <class ID>
     int getBase64(ID id, std::string& out) const;
 
+    struct Tree;
     struct Document;
+    // Joins `doc`'s list of cursors (leaving the one it was on).
+    void attach(const boost::shared_ptr<Document>& doc);
+    void detach();
+    // The tree, made this document's own, before a change.
+    pugi::xml_document& changing();
+
     boost::shared_ptr<Document> doc_;
     mutable pugi::xml_node_struct* node_;
     std::string namespace_;
+    // The other cursors of the same document.
+    HNKMessageIterator* prevInDoc_ = nullptr;
+    HNKMessageIterator* nextInDoc_ = nullptr;
 };
 
 #include "HNKSerialization.h"
