@@ -158,7 +158,7 @@ int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig&
     std::stable_sort(children.begin(), children.end(),
                      [](const Child& a, const Child& b) { return a.position < b.position; });
     for (const Child& child : children)
-        if (it.appendCopy(child.at) != 0)
+        if (it.appendLinked(child.at) != 0) // a list is copied only if someone looks inside
             return -1;
     return 0;
 }

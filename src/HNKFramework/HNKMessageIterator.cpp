@@ -8,6 +8,7 @@
 #include <pugixml.hpp>
 
 #include <charconv>
+#include <functional>
 #include <cstdint>
 #include <algorithm>
 #include <atomic>
@@ -473,6 +474,14 @@ const char* idLabel(const char* tag, char (&)[16]) { return tag; }
 
 bool isText(xml_node n) { return n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata; }
 
+bool isPlainBlankText(const char* text)
+{
+    for (; *text; ++text)
+        if (!isXmlBlank(*text))
+            return false;
+    return true;
+}
+
 // The element's text: the leading text a parsed element keeps in itself
 // (parse_embed_pcdata) and its text children, joined (CDATA sections and text
 // split around child elements included). A single piece, the usual case, is
@@ -530,11 +539,45 @@ struct HNKMessageIterator::Tree {
     // exact name with pugixml's own walk instead of comparing local names.
     bool prefixedNames = false;
     std::atomic<long> shares{1};
+    // Elements appended by appendLinked whose content still lives in another
+    // tree, which this one holds a share of (so that tree stays unchanged).
+    // Only an unshared tree has links: they are settled (copied in) before
+    // anyone looks inside them, changes this tree or shares it.
+    struct Link {
+        xml_node_struct* placeholder;
+        Tree* source;
+        xml_node_struct* from;
+    };
+    std::vector<Link> links;
+
+    Tree() = default;
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+    ~Tree()
+    {
+        for (const Link& l : links)
+            release(l.source);
+    }
 
     static void release(Tree* t)
     {
         if (t && t->shares.fetch_sub(1, std::memory_order_acq_rel) == 1)
             delete t;
+    }
+
+    // Copies the content of every link in.
+    void settle()
+    {
+        std::vector<Link> pending;
+        pending.swap(links);
+        for (const Link& l : pending) {
+            xml_node to(l.placeholder), from(l.from);
+            if (*from.value()) // leading text a parsed element keeps in itself
+                to.append_child(pugi::node_pcdata).set_value(from.value());
+            for (xml_node c = from.first_child(); c; c = c.next_sibling())
+                to.append_copy(c);
+            release(l.source);
+        }
     }
 };
 
@@ -615,10 +658,26 @@ void HNKMessageIterator::detach()
     doc_.reset();
 }
 
-pugi::xml_document& HNKMessageIterator::changing()
+pugi::xml_document& HNKMessageIterator::changing(bool removal)
 {
+    // Appending next to a linked element leaves it linked; a change inside
+    // one, or a removal that may take one along, settles them first.
+    std::vector<Tree::Link>& links = doc_->tree->links;
+    if (!links.empty()) {
+        bool inside = removal;
+        for (size_t i = 0; i < links.size() && !inside; ++i)
+            inside = links[i].placeholder == node_;
+        if (inside)
+            doc_->tree->settle();
+    }
     doc_->own();
     return doc_->tree->xml;
+}
+
+void HNKMessageIterator::settled() const
+{
+    if (doc_ && !doc_->tree->links.empty())
+        doc_->tree->settle();
 }
 
 // ---------------------------------------------------------------------------
@@ -717,6 +776,11 @@ std::string HNKMessageIterator::toXML(bool indent) const
 {
     if (!doc_)
         return std::string();
+    if (!doc_->tree->links.empty()) {
+        if (!indent)
+            return linkedXML();
+        settled();
+    }
     StringWriter w;
     unsigned flags = pugi::format_no_declaration | (indent ? pugi::format_indent : pugi::format_raw);
     doc_->tree->xml.save(w, "  ", flags, pugi::encoding_utf8);
@@ -741,6 +805,7 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
 {
     if (!node_ || !tag || !*tag)
         return nullptr;
+    settled();
     xml_node parent = nodeOf(node_);
     if (!doc_->tree->prefixedNames) {
         for (xml_node c = parent.child(tag); c; c = c.next_sibling(tag))
@@ -766,11 +831,20 @@ xml_node_struct* HNKMessageIterator::findChild(int id) const
     return findChild(name);
 }
 
-xml_node_struct* HNKMessageIterator::target(int id) const { return id == 0 ? node_ : findChild(id); }
+xml_node_struct* HNKMessageIterator::target(int id) const
+{
+    if (id != 0)
+        return findChild(id);
+    settled();
+    return node_;
+}
 
 xml_node_struct* HNKMessageIterator::target(const char* tag) const
 {
-    return (!tag || !*tag) ? node_ : findChild(tag);
+    if (tag && *tag)
+        return findChild(tag);
+    settled();
+    return node_;
 }
 
 // ---- Moving ----
@@ -833,7 +907,7 @@ void HNKMessageIterator::removeCurrent()
 {
     if (!node_)
         return;
-    changing();
+    changing(true);
     xml_node self = nodeOf(node_);
     xml_node parent = self.parent();
     if (parent.type() != pugi::node_element)
@@ -883,6 +957,7 @@ int HNKMessageIterator::firstChild() const
 {
     if (!node_)
         return -1;
+    settled();
     for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
         if (c.type() == pugi::node_element) {
             node_ = c.internal_object();
@@ -911,7 +986,7 @@ int HNKMessageIterator::removeChild(int id)
 {
     if (!node_)
         return -1;
-    changing();
+    changing(true);
     xml_node_struct* c = findChild(id);
     if (!c)
         return -1;
@@ -923,7 +998,7 @@ int HNKMessageIterator::removeChild(const char* tag)
 {
     if (!node_)
         return -1;
-    changing();
+    changing(true);
     xml_node_struct* c = findChild(tag);
     if (!c)
         return -1;
@@ -1251,6 +1326,7 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     HNKMessageIterator out;
     if (!node_)
         return out;
+    settled();
     xml_node self = nodeOf(node_);
     out.attach(boost::shared_ptr<Document>(new Document));
     out.doc_->tree->prefixedNames = doc_->tree->prefixedNames;
@@ -1262,27 +1338,118 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     return out;
 }
 
+std::string HNKMessageIterator::linkedXML() const
+{
+    const std::vector<Tree::Link>& links = doc_->tree->links;
+    std::unordered_map<xml_node_struct*, const Tree::Link*> placeholders;
+    std::unordered_map<xml_node_struct*, bool> onPath; // ancestors of placeholders
+    for (const Tree::Link& l : links) {
+        placeholders[l.placeholder] = &l;
+        for (xml_node n = xml_node(l.placeholder).parent(); n && n.type() == pugi::node_element; n = n.parent())
+            onPath[n.internal_object()] = true;
+    }
+    const unsigned flags = pugi::format_raw | pugi::format_no_declaration;
+    StringWriter w;
+    // A start tag exactly as pugixml writes it: a childless shallow copy
+    // prints "<name attributes/>", of which the "/>" becomes ">".
+    auto startTag = [&](xml_node n) {
+        pugi::xml_document shallow;
+        xml_node c = shallow.append_child(n.name());
+        for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute())
+            c.append_attribute(a.name()).set_value(a.value());
+        size_t at = w.out.size();
+        c.print(w, "", flags, pugi::encoding_utf8);
+        if (w.out.size() >= at + 2 && w.out.compare(w.out.size() - 2, 2, "/>") == 0)
+            w.out.resize(w.out.size() - 2);
+        w.out += '>';
+    };
+    auto text = [&](const char* value) {
+        if (!*value)
+            return;
+        pugi::xml_document holder;
+        holder.append_child(pugi::node_pcdata).set_value(value);
+        holder.print(w, "", flags, pugi::encoding_utf8);
+    };
+    auto endTag = [&](xml_node n) {
+        w.out += "</";
+        w.out += n.name();
+        w.out += '>';
+    };
+    // Depth is that of the written tree around the links, not of the text.
+    std::function<void(xml_node)> emit = [&](xml_node n) {
+        auto link = placeholders.find(n.internal_object());
+        if (link != placeholders.end()) {
+            xml_node from(link->second->from);
+            startTag(n);
+            text(from.value());
+            for (xml_node c = from.first_child(); c; c = c.next_sibling())
+                c.print(w, "", flags, pugi::encoding_utf8);
+            endTag(n);
+            return;
+        }
+        if (!onPath.count(n.internal_object())) {
+            n.print(w, "", flags, pugi::encoding_utf8);
+            return;
+        }
+        startTag(n);
+        text(n.value());
+        for (xml_node c = n.first_child(); c; c = c.next_sibling())
+            emit(c);
+        endTag(n);
+    };
+    for (xml_node c = doc_->tree->xml.first_child(); c; c = c.next_sibling())
+        emit(c);
+    return std::move(w.out);
+}
+
 HNKMessageIterator HNKMessageIterator::shareSubtree() const
 {
     if (!node_ || node_ != doc_->tree->xml.document_element().internal_object())
         return cloneSubtree();
+    settled(); // a shared tree has no links
     HNKMessageIterator out;
     out.attach(boost::shared_ptr<Document>(new Document(doc_->tree)));
     out.node_ = node_;
     return out;
 }
 
-int HNKMessageIterator::appendCopy(const HNKMessageIterator& source)
+int HNKMessageIterator::appendCopy(const HNKMessageIterator& source) { return appendCopy(source, false); }
+
+int HNKMessageIterator::appendLinked(const HNKMessageIterator& source) { return appendCopy(source, true); }
+
+int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
 {
     if (!node_ || !source.node_)
         return -1;
     changing();
+    source.settled();
     xml_node from = nodeOf(source.node_);
     xml_node to = nodeOf(node_);
     if (doc_ == source.doc_ && isSameOrAncestor(from, to))
         return -1;
     doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
-    xml_node copy = to.append_copy(from);
+    // Only an element with element children is worth linking, and only from
+    // another tree; its leading text, if any, must need no escaping (toXML
+    // writes it through pugixml as a text node, which would escape it alike,
+    // but blanks are all a parsed list element holds).
+    if (link) {
+        link = source.doc_->tree != doc_->tree && from.first_child() && isPlainBlankText(from.value());
+        bool elementChild = false;
+        for (xml_node c = from.first_child(); link && c && !elementChild; c = c.next_sibling())
+            elementChild = c.type() == pugi::node_element;
+        link = link && elementChild;
+    }
+    xml_node copy;
+    if (link) {
+        copy = to.append_child(from.name());
+        for (xml_attribute a = from.first_attribute(); a; a = a.next_attribute())
+            copy.append_attribute(a.name()).set_value(a.value());
+        Tree* source_tree = source.doc_->tree;
+        source_tree->shares.fetch_add(1, std::memory_order_relaxed); // frozen while linked
+        doc_->tree->links.push_back(Tree::Link{copy.internal_object(), source_tree, from.internal_object()});
+    } else {
+        copy = to.append_copy(from);
+    }
     std::vector<std::pair<const char*, const char*>> missing;
     for (const auto& b : bindingsInScope(from.parent())) {
         const char* here = resolveDeclName(to, b.first);

@@ -206,6 +206,13 @@ public:
     // not in scope here. The cursor does not move. -1 when either is invalid
     // or the source element is this element or one of its ancestors.
     int appendCopy(const HNKMessageIterator& source);
+    // The same as appendCopy for every observer, without copying the content
+    // of an element with element children from another tree now: the new
+    // child holds its name and attributes, and its content is copied in when
+    // anyone looks inside this document or changes it; until then toXML
+    // writes it straight from the source, whose tree stays unchanged (a
+    // change through its own cursors goes to a copy of their own).
+    int appendLinked(const HNKMessageIterator& source);
 
     // ---- Typed objects (HNKSerialization.h defines these) ----
     // Runs reader(*this, obj) on the element under the cursor.
@@ -249,8 +256,15 @@ private:
     // Joins `doc`'s list of cursors (leaving the one it was on).
     void attach(const boost::shared_ptr<Document>& doc);
     void detach();
-    // The tree, made this document's own, before a change.
-    pugi::xml_document& changing();
+    // The tree, made this document's own, before a change (`removal`: one
+    // that deletes elements).
+    pugi::xml_document& changing(bool removal = false);
+    // Copies the content of linked elements in (appendLinked) before anyone
+    // looks inside them.
+    void settled() const;
+    int appendCopy(const HNKMessageIterator& source, bool link);
+    // toXML while linked elements are pending.
+    std::string linkedXML() const;
 
     boost::shared_ptr<Document> doc_;
     mutable pugi::xml_node_struct* node_;
