@@ -10,98 +10,121 @@
 
 #include <pugixml.hpp>
 
+#include <memory>
+#include <set>
 #include <stdexcept>
 #include <string>
 
 namespace HNRBench {
 
-// Returns the serialized text; throws on any failed step.
-inline std::string roundTrip(const std::string& text)
+// Every setting the round trip copies: X(getter, setter, value type).
+#define HNR_BENCH_SETTINGS(X) \
+    X(getName, setName, HNKOptionalProperty<std::string>) \
+    X(getDisabled, setDisabled, bool) \
+    X(getCPUHvt, setCPUHvt, bool) \
+    X(getVtdSupported, setVtdSupported, bool) \
+    X(getPsPort, setPsPort, int) \
+    X(getScreenWidth, setScreenWidth, int) \
+    X(getScreenHeight, setScreenHeight, int) \
+    X(getScreenDepth, setScreenDepth, int) \
+    X(getToolsAutoUpdateEnabled, setToolsAutoUpdateEnabled, bool) \
+    X(getUseDefaultAnswers, setUseDefaultAnswers, bool) \
+    X(getUserSharedFoldersEnabled, setUserSharedFoldersEnabled, bool) \
+    X(getOfflineManagementEnabled, setOfflineManagementEnabled, bool) \
+    X(getCPUCount, setCPUCount, int) \
+    X(getMemorySize, setMemorySize, int) \
+    X(getVideoMemorySize, setVideoMemorySize, int) \
+    X(getCPUMode, setCPUMode, int) \
+    X(getCPUUnits, setCPUUnits, int) \
+    X(getCPULimit, setCPULimit, int) \
+    X(getCPUAccelLevel, setCPUAccelLevel, int) \
+    X(getAutoStart, setAutoStart, int) \
+    X(getAutoStartDelay, setAutoStartDelay, int) \
+    X(getStartLoginMode, setStartLoginMode, int) \
+    X(getStartUserLogin, setStartUserLogin, std::string) \
+    X(getStartUserPassword, setStartUserPassword, std::string) \
+    X(getAutoStop, setAutoStop, int) \
+    X(getWindowMode, setWindowMode, int) \
+    X(getLastModifiedDate, setLastModifiedDate, std::string) \
+    X(getLastModifierName, setLastModifierName, std::string) \
+    X(getGuestSharingEnabled, setGuestSharingEnabled, bool) \
+    X(getGuestSharingAutoMount, setGuestSharingAutoMount, bool) \
+    X(getHostSharingEnabled, setHostSharingEnabled, bool) \
+    X(getHostSharingLocal, setHostSharingLocal, bool) \
+    X(getHostSharingGlobal, setHostSharingGlobal, bool) \
+    X(getDiskCacheWriteBack, setDiskCacheWriteBack, bool) \
+    X(getCloseAppOnShutdown, setCloseAppOnShutdown, bool) \
+    X(getSystemFlags, setSystemFlags, std::string) \
+    X(getForegroundPriority, setForegroundPriority, int) \
+    X(getBackgroundPriority, setBackgroundPriority, int) \
+    X(getIoPriority, setIoPriority, int) \
+    X(getServerHostName, setServerHostName, std::string) \
+    X(getHomePath, setHomePath, std::string) \
+    X(getIcon, setIcon, std::string) \
+    X(getShowTaskBar, setShowTaskBar, bool) \
+    X(getRelocateTaskBar, setRelocateTaskBar, bool) \
+    X(getExcludeDock, setExcludeDock, bool) \
+    X(getMultiDisplay, setMultiDisplay, bool) \
+    X(getTemplate, setTemplate, bool) \
+    X(getAdditionalScreenResolutionsEnabled, setAdditionalScreenResolutionsEnabled, bool) \
+    X(getOSScreenResolutionInFullScreenModeEnabled, setOSScreenResolutionInFullScreenModeEnabled, bool) \
+    X(getAppInDockMode, setAppInDockMode, int) \
+    X(getDockIconType, setDockIconType, int) \
+    X(getVNCMode, setVNCMode, int) \
+    X(getVNCPort, setVNCPort, int) \
+    X(getVNCNetworkInterface, setVNCNetworkInterface, std::string) \
+    X(getVNCPassword, setVNCPassword, std::string) \
+    X(getOriginSample, setOriginSample, std::string) \
+    X(getToolsStatus, setToolsStatus, int) \
+    X(getVNCStarted, setVNCStarted, bool) \
+    X(getAccessForOthers, setAccessForOthers, int)
+
+// What the round trip reads from the request before it writes the answer.
+struct RequestValues {
+#define HNR_FIELD(Get, Set, T) T Get##Value = T(); int Get##Status = -1;
+    HNR_BENCH_SETTINGS(HNR_FIELD)
+#undef HNR_FIELD
+    HNKOptionalProperty<std::set<std::string>> services;
+    int servicesStatus = -1;
+    HNKOptionalProperty<HNR::HNRVMDeviceList> devices;
+};
+
+// Returns the serialized text; throws on any failed step. With
+// `releaseRequest` the request (message and record read from it) is dropped
+// once everything has been read, before the answer is built, as a caller that
+// no longer needs it would.
+inline std::string roundTrip(const std::string& text, bool releaseRequest = false)
 {
     using namespace HNR;
-    HNKMessageIterator it;
-    if (it.fromXML(text) != 0)
+    std::unique_ptr<HNKMessageIterator> it(new HNKMessageIterator);
+    if (it->fromXML(text) != 0)
         throw std::runtime_error("parse");
     boost::shared_ptr<HNKEnvConfig> base;
-    if (HNKReaderDerived<HNKEnvConfig>(false)(it, base) != 0)
+    if (HNKReaderDerived<HNKEnvConfig>(false)(*it, base) != 0)
         throw std::runtime_error("read");
     const HNREnvConfig& in = dynamic_cast<const HNREnvConfig&>(*base);
 
-    boost::shared_ptr<HNREnvConfig> out(new HNREnvConfig(boost::shared_ptr<HNKEnvCoreBasic>()));
-    int i = 0;
-    bool b = false;
-    std::string s;
-    HNKOptionalProperty<std::string> name;
-#define HNR_COPY(Get, Set, var)     \
-    if (in.Get(var) == 0)           \
-        out->Set(var);
-    HNR_COPY(getName, setName, name)
-    HNR_COPY(getDisabled, setDisabled, b)
-    HNR_COPY(getCPUHvt, setCPUHvt, b)
-    HNR_COPY(getVtdSupported, setVtdSupported, b)
-    HNR_COPY(getPsPort, setPsPort, i)
-    HNR_COPY(getScreenWidth, setScreenWidth, i)
-    HNR_COPY(getScreenHeight, setScreenHeight, i)
-    HNR_COPY(getScreenDepth, setScreenDepth, i)
-    HNR_COPY(getToolsAutoUpdateEnabled, setToolsAutoUpdateEnabled, b)
-    HNR_COPY(getUseDefaultAnswers, setUseDefaultAnswers, b)
-    HNR_COPY(getUserSharedFoldersEnabled, setUserSharedFoldersEnabled, b)
-    HNR_COPY(getOfflineManagementEnabled, setOfflineManagementEnabled, b)
-    HNR_COPY(getCPUCount, setCPUCount, i)
-    HNR_COPY(getMemorySize, setMemorySize, i)
-    HNR_COPY(getVideoMemorySize, setVideoMemorySize, i)
-    HNR_COPY(getCPUMode, setCPUMode, i)
-    HNR_COPY(getCPUUnits, setCPUUnits, i)
-    HNR_COPY(getCPULimit, setCPULimit, i)
-    HNR_COPY(getCPUAccelLevel, setCPUAccelLevel, i)
-    HNR_COPY(getAutoStart, setAutoStart, i)
-    HNR_COPY(getAutoStartDelay, setAutoStartDelay, i)
-    HNR_COPY(getStartLoginMode, setStartLoginMode, i)
-    HNR_COPY(getStartUserLogin, setStartUserLogin, s)
-    HNR_COPY(getStartUserPassword, setStartUserPassword, s)
-    HNR_COPY(getAutoStop, setAutoStop, i)
-    HNR_COPY(getWindowMode, setWindowMode, i)
-    HNR_COPY(getLastModifiedDate, setLastModifiedDate, s)
-    HNR_COPY(getLastModifierName, setLastModifierName, s)
-    HNR_COPY(getGuestSharingEnabled, setGuestSharingEnabled, b)
-    HNR_COPY(getGuestSharingAutoMount, setGuestSharingAutoMount, b)
-    HNR_COPY(getHostSharingEnabled, setHostSharingEnabled, b)
-    HNR_COPY(getHostSharingLocal, setHostSharingLocal, b)
-    HNR_COPY(getHostSharingGlobal, setHostSharingGlobal, b)
-    HNR_COPY(getDiskCacheWriteBack, setDiskCacheWriteBack, b)
-    HNR_COPY(getCloseAppOnShutdown, setCloseAppOnShutdown, b)
-    HNR_COPY(getSystemFlags, setSystemFlags, s)
-    HNR_COPY(getForegroundPriority, setForegroundPriority, i)
-    HNR_COPY(getBackgroundPriority, setBackgroundPriority, i)
-    HNR_COPY(getIoPriority, setIoPriority, i)
-    HNR_COPY(getServerHostName, setServerHostName, s)
-    HNR_COPY(getHomePath, setHomePath, s)
-    HNR_COPY(getIcon, setIcon, s)
-    HNR_COPY(getShowTaskBar, setShowTaskBar, b)
-    HNR_COPY(getRelocateTaskBar, setRelocateTaskBar, b)
-    HNR_COPY(getExcludeDock, setExcludeDock, b)
-    HNR_COPY(getMultiDisplay, setMultiDisplay, b)
-    HNR_COPY(getTemplate, setTemplate, b)
-    HNR_COPY(getAdditionalScreenResolutionsEnabled, setAdditionalScreenResolutionsEnabled, b)
-    HNR_COPY(getOSScreenResolutionInFullScreenModeEnabled, setOSScreenResolutionInFullScreenModeEnabled, b)
-    HNR_COPY(getAppInDockMode, setAppInDockMode, i)
-    HNR_COPY(getDockIconType, setDockIconType, i)
-    HNR_COPY(getVNCMode, setVNCMode, i)
-    HNR_COPY(getVNCPort, setVNCPort, i)
-    HNR_COPY(getVNCNetworkInterface, setVNCNetworkInterface, s)
-    HNR_COPY(getVNCPassword, setVNCPassword, s)
-    HNR_COPY(getOriginSample, setOriginSample, s)
-    HNR_COPY(getToolsStatus, setToolsStatus, i)
-    HNR_COPY(getVNCStarted, setVNCStarted, b)
-    HNR_COPY(getAccessForOthers, setAccessForOthers, i)
-#undef HNR_COPY
-    HNKOptionalProperty<std::set<std::string>> services;
-    if (in.getOfflineServices(services) == 0)
-        out->setOfflineServices(services);
-    HNKOptionalProperty<HNRVMDeviceList> devices;
-    if (in.getDevices(devices) != 0)
+    RequestValues v;
+#define HNR_GET(Get, Set, T) v.Get##Status = in.Get(v.Get##Value);
+    HNR_BENCH_SETTINGS(HNR_GET)
+#undef HNR_GET
+    v.servicesStatus = in.getOfflineServices(v.services);
+    if (in.getDevices(v.devices) != 0)
         throw std::runtime_error("devices");
-    if (out->setDevices(devices) != 0)
+    if (releaseRequest) {
+        base.reset();
+        it.reset();
+    }
+
+    boost::shared_ptr<HNREnvConfig> out(new HNREnvConfig(boost::shared_ptr<HNKEnvCoreBasic>()));
+#define HNR_SET(Get, Set, T) \
+    if (v.Get##Status == 0)  \
+        out->Set(v.Get##Value);
+    HNR_BENCH_SETTINGS(HNR_SET)
+#undef HNR_SET
+    if (v.servicesStatus == 0)
+        out->setOfflineServices(v.services);
+    if (out->setDevices(v.devices) != 0)
         throw std::runtime_error("set devices");
 
     HNKMessageIterator written("configuration");

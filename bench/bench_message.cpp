@@ -1,75 +1,96 @@
 // Message round trip of a VM configuration with N devices against pugixml
-// parsing and serializing the same text. Counters:
-//   ns_per_device  wall time of one round trip divided by N (flat when every
-//                  step is linear in the number of devices);
-//   x_pugixml      one round trip over one pugixml parse + serialize of the
-//                  same text, measured in the same run.
+// parsing and serializing the same text.
+//
+//   bench_message [--turns T] [N...]      (default 11 1000 10000 100000)
+//
+// Method: process CPU time (the machine is shared; time spent descheduled is
+// not the code's). Each turn times one batch of pugixml round trips and one
+// batch of message round trips of the same text, the order flipping every
+// turn, and takes the ratio of the two; the figure is the median of the
+// per-turn ratios. A batch repeats the round trip until it has run about
+// 50 ms, so small texts are timed over many runs.
 #include "BenchMessageRoundTrip.h"
 #include "BenchMessageText.h"
 
-#include <benchmark/benchmark.h>
-
-#include <chrono>
-#include <map>
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <vector>
 
 namespace {
 
-const std::string& textFor(size_t devices)
+double cpuSeconds()
 {
-    static std::map<size_t, std::string> cache;
-    auto found = cache.find(devices);
-    if (found == cache.end())
-        found = cache.emplace(devices, HNRBench::configurationWithDevices(devices)).first;
-    return found->second;
+    timespec ts;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
+    return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
 }
 
-double secondsOf(const std::chrono::steady_clock::duration& d)
+volatile size_t sink;
+
+template <class F>
+double batchSeconds(F&& f, int runs)
 {
-    return std::chrono::duration<double>(d).count();
+    double start = cpuSeconds();
+    for (int i = 0; i < runs; ++i)
+        sink = f().size();
+    return (cpuSeconds() - start) / runs;
 }
 
-// Best of a few pugixml round trips: the yardstick for x_pugixml.
-double pugixmlSeconds(const std::string& text)
+double median(std::vector<double> v)
 {
-    double best = 1e9;
-    for (int i = 0; i < 5; ++i) {
-        auto start = std::chrono::steady_clock::now();
-        benchmark::DoNotOptimize(HNRBench::pugixmlRoundTrip(text));
-        best = std::min(best, secondsOf(std::chrono::steady_clock::now() - start));
-    }
-    return best;
+    std::sort(v.begin(), v.end());
+    size_t n = v.size();
+    return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
 }
 
-void BM_MessageRoundTrip(benchmark::State& state)
-{
-    size_t devices = static_cast<size_t>(state.range(0));
-    const std::string& text = textFor(devices);
-    double yardstick = pugixmlSeconds(text);
-    std::chrono::steady_clock::duration spent{};
-    for (auto _ : state) {
-        auto start = std::chrono::steady_clock::now();
-        benchmark::DoNotOptimize(HNRBench::roundTrip(text));
-        spent += std::chrono::steady_clock::now() - start;
-    }
-    double perRun = secondsOf(spent) / static_cast<double>(state.iterations());
-    state.counters["ns_per_device"] = perRun * 1e9 / static_cast<double>(devices);
-    state.counters["x_pugixml"] = perRun / yardstick;
-    state.counters["text_MB"] = static_cast<double>(text.size()) / 1e6;
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(text.size()));
-}
-
-void BM_PugixmlRoundTrip(benchmark::State& state)
-{
-    size_t devices = static_cast<size_t>(state.range(0));
-    const std::string& text = textFor(devices);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(HNRBench::pugixmlRoundTrip(text));
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(text.size()));
-}
+int defaultTurns(size_t devices) { return devices <= 1000 ? 15 : devices <= 10000 ? 9 : 7; }
 
 } // namespace
 
-BENCHMARK(BM_MessageRoundTrip)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_PugixmlRoundTrip)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond)->UseRealTime();
-
-BENCHMARK_MAIN();
+int main(int argc, char** argv)
+{
+    int turns = 0;
+    std::vector<size_t> counts;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--turns") == 0 && i + 1 < argc)
+            turns = std::atoi(argv[++i]);
+        else
+            counts.push_back(std::strtoul(argv[i], nullptr, 10));
+    }
+    if (counts.empty())
+        counts = {11, 1000, 10000, 100000};
+    std::printf("%8s %11s %6s %12s %12s %10s %10s\n", "devices", "text_bytes", "turns", "pugixml_ms", "message_ms",
+                "us/device", "x_pugixml");
+    for (size_t n : counts) {
+        const std::string text = HNRBench::configurationWithDevices(n);
+        auto pugi = [&text] { return HNRBench::pugixmlRoundTrip(text); };
+        auto ours = [&text] { return HNRBench::roundTrip(text); };
+        // Warm up, and size the batches to about 50 ms of the slower one.
+        double once = batchSeconds(ours, 1);
+        int runs = std::max(1, static_cast<int>(0.05 / std::max(once, 1e-7)));
+        int t = turns > 0 ? turns : defaultTurns(n);
+        std::vector<double> ratios, pugiTimes, ourTimes;
+        for (int turn = 0; turn < t; ++turn) {
+            double p, o;
+            if (turn % 2 == 0) {
+                p = batchSeconds(pugi, runs);
+                o = batchSeconds(ours, runs);
+            } else {
+                o = batchSeconds(ours, runs);
+                p = batchSeconds(pugi, runs);
+            }
+            ratios.push_back(o / p);
+            pugiTimes.push_back(p);
+            ourTimes.push_back(o);
+        }
+        double m = median(ourTimes);
+        std::printf("%8zu %11zu %6d %12.3f %12.3f %10.2f %10.2f\n", n, text.size(), t, median(pugiTimes) * 1e3,
+                    m * 1e3, m * 1e6 / static_cast<double>(n), median(ratios));
+        std::fflush(stdout);
+    }
+    return 0;
+}

@@ -1,7 +1,8 @@
 // Fuzz target for reading a VM configuration from any text: whatever parses
 // is wrapped as a configuration, every typed getter and the device and
 // offline-service lists are read, and the configuration written through its
-// factory serializes to text that parses again. No crash, no leak.
+// factory serializes to text that parses again, the same before and after its
+// linked lists are copied in. No crash, no leak.
 #include "model/HNREnvConfig.h"
 
 #include "HNKMessageIterator.h"
@@ -49,8 +50,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     HNKMessageIterator out("configuration");
     if (out.putObject(boost::shared_ptr<HNKEnvConfig>(config), HNKWriterDerived<HNKEnvConfig>()) == 0) {
+        // Written while the lists are still linked to the record's tree, and
+        // again once looking inside has copied them in: the same text.
+        const std::string linked = out.toXML();
+        (void)out.hasChild("device_list");
+        if (out.toXML() != linked)
+            std::abort();
         HNKMessageIterator again;
-        if (again.fromXML(out.toXML()) != 0)
+        if (again.fromXML(linked) != 0)
             std::abort();
     }
     return 0;

@@ -15,9 +15,11 @@ namespace {
 
 const char kRootName[] = "venv_config";
 
+// Copies and reads share the tree until either side changes it (see
+// HNKMessageIterator::shareSubtree): to every caller they are deep copies.
 HNKMessageIterator copyOf(const HNKMessageIterator& msg)
 {
-    return msg.isValid() ? msg.root().cloneSubtree() : HNKMessageIterator();
+    return msg.isValid() ? msg.root().shareSubtree() : HNKMessageIterator();
 }
 
 // A setting as an optional value: specified exactly when it could be read.
@@ -44,7 +46,7 @@ HNKEnvConfig::HNKEnvConfig() {}
 HNKEnvConfig::HNKEnvConfig(const HNKMessageIterator* msg)
 {
     if (msg && msg->isValid())
-        msg_ = msg->cloneSubtree();
+        msg_ = msg->shareSubtree();
 }
 
 HNKEnvConfig::HNKEnvConfig(boost::shared_ptr<HNKEnvCoreBasic> core) : core_(core) {}
@@ -87,7 +89,8 @@ int HNKEnvConfig::setName(const HNKOptionalProperty<std::string>& name)
 {
     if (!name.isSpecified()) {
         if (hasMsg())
-            msg_.removeChild("name");
+            while (msg_.removeChild("name") == 0) {
+            }
         return 0;
     }
     return putElement(name.get(), "name");
@@ -128,7 +131,7 @@ int HNKEnvConfig::Reader::operator()(const HNKMessageIterator& it, HNKEnvConfig&
 {
     if (!it.isValid())
         return -1;
-    config.msg_ = it.cloneSubtree();
+    config.msg_ = it.shareSubtree();
     return 0;
 }
 
@@ -155,7 +158,7 @@ int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig&
     std::stable_sort(children.begin(), children.end(),
                      [](const Child& a, const Child& b) { return a.position < b.position; });
     for (const Child& child : children)
-        if (it.appendCopy(child.at) != 0)
+        if (it.appendLinked(child.at) != 0) // a list is copied only if someone looks inside
             return -1;
     return 0;
 }

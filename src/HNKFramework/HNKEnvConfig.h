@@ -8,7 +8,8 @@
 // whose position is -1 follow, in their current order. Inside the tree a
 // setter appends, so the tree's own order is the order of the last sets.
 //
-// Copies are deep: two configurations never share a tree.
+// Copies are values: two configurations never see each other's changes. A
+// copy (and a read) shares the tree until either side changes it.
 #include "HNKDerivedParserFactory.h"
 #include "HNKMessageIterator.h"
 #include "HNKOptionalProperty.h"
@@ -48,8 +49,8 @@ public:
 
     // ---- Framework-owned settings ----
     // Getters: 0, or -1 (argument untouched) without a tree or element or on
-    // a bad value. Setters replace the element and return 0 (-1 only for a
-    // string XML cannot carry, the element then absent).
+    // a bad value. Setters replace every element of the tag by one and return
+    // 0 (-1 only for a string XML cannot carry: the old element then stays).
     // "name": absent gives 0 with the argument left unspecified; setting an
     // unspecified name removes the element.
     int getName(HNKOptionalProperty<std::string>& name) const;
@@ -94,12 +95,21 @@ protected:
     {
         return hasMsg() && msg_.getValue(tag, value) == 0 ? 0 : -1;
     }
-    // Removes child `tag`, then appends it with the value.
+    // Makes the value the one element `tag`: the new element is appended and
+    // filled first, so a value XML cannot carry is refused (-1) with the old
+    // element still in place; then every older element of the tag goes, a
+    // duplicate a parsed message held included.
     template <class T>
     int putElement(const T& value, const char* tag)
     {
         initMsg();
-        msg_.removeChild(tag);
+        int older = 0;
+        if (msg_.firstChild(tag) == 0) {
+            do
+                ++older;
+            while (msg_.nextSibling(tag) == 0);
+            msg_.ascend();
+        }
         if (msg_.createChild(tag) != 0)
             return -1;
         if (msg_.putValue(0, value) != 0) {
@@ -107,6 +117,8 @@ protected:
             return -1;
         }
         msg_.ascend();
+        while (older-- > 0)
+            msg_.removeChild(tag);
         return 0;
     }
 

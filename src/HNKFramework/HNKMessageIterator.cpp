@@ -9,8 +9,10 @@
 #include <pugixml.hpp>
 
 #include <charconv>
+#include <functional>
 #include <cstdint>
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <limits>
 #include <string_view>
@@ -480,6 +482,14 @@ const char* idLabel(const char* tag, char (&)[16]) { return tag; }
 
 bool isText(xml_node n) { return n.type() == pugi::node_pcdata || n.type() == pugi::node_cdata; }
 
+bool isPlainBlankText(const char* text)
+{
+    for (; *text; ++text)
+        if (!isXmlBlank(*text))
+            return false;
+    return true;
+}
+
 // The element's text: the leading text a parsed element keeps in itself
 // (parse_embed_pcdata) and its text children, joined (CDATA sections and text
 // split around child elements included). A single piece, the usual case, is
@@ -523,14 +533,160 @@ bool setTextOf(xml_node el, const char* value, size_t size)
 
 } // namespace
 
-// The document the cursors share, with what is known of all its names.
-struct HNKMessageIterator::Document {
+// The element tree, with what is known of all its names. Several documents
+// may share one tree (shareSubtree): it is then read-only for all of them,
+// and a document about to change it first takes a copy of its own
+// (Document::own). `shares` counts the documents on the tree; it is the only
+// state touched by more than one thread, so it is atomic: a release by one
+// document happens before the remaining one changes the tree in place or
+// deletes it.
+struct HNKMessageIterator::Tree {
     pugi::xml_document xml;
     // False while no element name can carry a prefix (the cursor creates
     // none; parsed or copied-in names may): then a child is found by its
     // exact name with pugixml's own walk instead of comparing local names.
     bool prefixedNames = false;
+    std::atomic<long> shares{1};
+    // Elements appended by appendLinked whose content still lives in another
+    // tree, which this one holds a share of (so that tree stays unchanged).
+    // Only an unshared tree has links: they are settled (copied in) before
+    // anyone looks inside them, changes this tree or shares it.
+    struct Link {
+        xml_node_struct* placeholder;
+        Tree* source;
+        xml_node_struct* from;
+    };
+    std::vector<Link> links;
+
+    Tree() = default;
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+    ~Tree()
+    {
+        for (const Link& l : links)
+            release(l.source);
+    }
+
+    static void release(Tree* t)
+    {
+        if (t && t->shares.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            delete t;
+    }
+
+    // Copies the content of every link in.
+    void settle()
+    {
+        std::vector<Link> pending;
+        pending.swap(links);
+        for (const Link& l : pending) {
+            xml_node to(l.placeholder), from(l.from);
+            if (*from.value()) // leading text a parsed element keeps in itself
+                to.append_child(pugi::node_pcdata).set_value(from.value());
+            for (xml_node c = from.first_child(); c; c = c.next_sibling())
+                to.append_copy(c);
+            release(l.source);
+        }
+    }
 };
+
+// What the copies of a cursor share: a tree and the list of those cursors,
+// so that taking an own copy of a shared tree moves every one of them onto
+// the copy. Used by one thread at a time, like its cursors.
+struct HNKMessageIterator::Document {
+    Tree* tree;
+    HNKMessageIterator* cursors = nullptr;
+
+    Document() : tree(new Tree) {}
+    explicit Document(Tree* shared) : tree(shared) { tree->shares.fetch_add(1, std::memory_order_relaxed); }
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+    ~Document() { Tree::release(tree); }
+
+    // Before any change of the tree: while another document shares it, copy
+    // it and move this document's cursors onto the copy.
+    void own()
+    {
+        if (tree->shares.load(std::memory_order_acquire) == 1)
+            return;
+        Tree* mine = new Tree;
+        mine->prefixedNames = tree->prefixedNames;
+        for (xml_node c = tree->xml.first_child(); c; c = c.next_sibling())
+            mine->xml.append_copy(c);
+        for (HNKMessageIterator* c = cursors; c; c = c->nextInDoc_)
+            if (c->node_)
+                c->node_ = counterpart(c->node_, mine->xml);
+        Tree::release(tree);
+        tree = mine;
+    }
+
+    // The node at the same place in `copy` as `n` in its own tree.
+    static xml_node_struct* counterpart(xml_node_struct* n, xml_node copy)
+    {
+        std::vector<size_t> path;
+        for (xml_node at(n); at.parent(); at = at.parent()) {
+            size_t index = 0;
+            for (xml_node s = at.previous_sibling(); s; s = s.previous_sibling())
+                ++index;
+            path.push_back(index);
+        }
+        xml_node at = copy;
+        for (auto i = path.rbegin(); i != path.rend(); ++i) {
+            at = at.first_child();
+            for (size_t k = 0; k < *i; ++k)
+                at = at.next_sibling();
+        }
+        return at.internal_object();
+    }
+};
+
+void HNKMessageIterator::attach(const boost::shared_ptr<Document>& doc)
+{
+    detach();
+    doc_ = doc;
+    if (!doc_)
+        return;
+    prevInDoc_ = nullptr;
+    nextInDoc_ = doc_->cursors;
+    if (nextInDoc_)
+        nextInDoc_->prevInDoc_ = this;
+    doc_->cursors = this;
+}
+
+void HNKMessageIterator::detach()
+{
+    if (!doc_)
+        return;
+    if (prevInDoc_)
+        prevInDoc_->nextInDoc_ = nextInDoc_;
+    else
+        doc_->cursors = nextInDoc_;
+    if (nextInDoc_)
+        nextInDoc_->prevInDoc_ = prevInDoc_;
+    prevInDoc_ = nextInDoc_ = nullptr;
+    doc_.reset();
+}
+
+pugi::xml_document& HNKMessageIterator::changing(bool removal)
+{
+    // Appending next to a linked element leaves it linked; a change inside
+    // one, or a removal that may take one along, settles them first.
+    std::vector<Tree::Link>& links = doc_->tree->links;
+    if (!links.empty()) {
+        bool inside = removal;
+        for (size_t i = 0; i < links.size() && !inside; ++i)
+            inside = links[i].placeholder == node_;
+        if (inside)
+            doc_->tree->settle();
+    }
+    doc_->own();
+    return doc_->tree->xml;
+}
+
+void HNKMessageIterator::settled() const
+{
+    if (doc_ && !doc_->tree->links.empty())
+        doc_->tree->settle();
+}
 
 // ---------------------------------------------------------------------------
 
@@ -542,13 +698,28 @@ HNKMessageIterator::HNKMessageIterator(const std::string& rootName) : node_(null
         setErrorMessage("HNKMessageIterator: invalid root element name '%s'", rootName.c_str());
         return;
     }
-    doc_.reset(new Document);
-    node_ = doc_->xml.append_child(rootName.c_str()).internal_object();
+    attach(boost::shared_ptr<Document>(new Document));
+    node_ = doc_->tree->xml.append_child(rootName.c_str()).internal_object();
 }
 
-HNKMessageIterator::~HNKMessageIterator() = default;
-HNKMessageIterator::HNKMessageIterator(const HNKMessageIterator&) = default;
-HNKMessageIterator& HNKMessageIterator::operator=(const HNKMessageIterator&) = default;
+HNKMessageIterator::~HNKMessageIterator() { detach(); }
+
+HNKMessageIterator::HNKMessageIterator(const HNKMessageIterator& other)
+    : node_(other.node_), namespace_(other.namespace_)
+{
+    attach(other.doc_);
+}
+
+HNKMessageIterator& HNKMessageIterator::operator=(const HNKMessageIterator& other)
+{
+    if (this != &other) {
+        if (doc_ != other.doc_)
+            attach(other.doc_);
+        node_ = other.node_;
+        namespace_ = other.namespace_;
+    }
+    return *this;
+}
 
 int HNKMessageIterator::fromXML(const std::string& text)
 {
@@ -574,7 +745,7 @@ int HNKMessageIterator::fromXML(const std::string& text)
     // itself instead of a child node: messages are mostly elements holding
     // one value, so the tree has half the nodes (faster to build, copy and
     // write, half the memory). textOf and setTextOf read and write it.
-    pugi::xml_parse_result result = doc->xml.load_buffer(
+    pugi::xml_parse_result result = doc->tree->xml.load_buffer(
         text.data(), text.size(),
         pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment | pugi::parse_embed_pcdata,
         pugi::encoding_utf8);
@@ -586,7 +757,7 @@ int HNKMessageIterator::fromXML(const std::string& text)
         return -1;
     }
     xml_node root;
-    for (xml_node n = doc->xml.first_child(); n; n = n.next_sibling()) {
+    for (xml_node n = doc->tree->xml.first_child(); n; n = n.next_sibling()) {
         switch (n.type()) {
         case pugi::node_element:
             if (root) {
@@ -611,9 +782,9 @@ int HNKMessageIterator::fromXML(const std::string& text)
         return -1;
     }
     ptrdiff_t where = 0;
-    if (!checkTree(root, doc->prefixedNames, where))
+    if (!checkTree(root, doc->tree->prefixedNames, where))
         return refuse(where);
-    doc_ = doc;
+    attach(doc);
     node_ = root.internal_object();
     namespace_.clear();
     return 0;
@@ -625,9 +796,14 @@ std::string HNKMessageIterator::toXML(bool indent) const
 {
     if (!doc_)
         return std::string();
+    if (!doc_->tree->links.empty()) {
+        if (!indent)
+            return linkedXML();
+        settled();
+    }
     StringWriter w;
     unsigned flags = pugi::format_no_declaration | (indent ? pugi::format_indent : pugi::format_raw);
-    doc_->xml.save(w, "  ", flags, pugi::encoding_utf8);
+    doc_->tree->xml.save(w, "  ", flags, pugi::encoding_utf8);
     return std::move(w.out);
 }
 
@@ -637,7 +813,7 @@ HNKMessageIterator HNKMessageIterator::root() const
 {
     HNKMessageIterator r(*this);
     if (doc_)
-        r.node_ = doc_->xml.document_element().internal_object();
+        r.node_ = doc_->tree->xml.document_element().internal_object();
     return r;
 }
 
@@ -649,8 +825,9 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
 {
     if (!node_ || !tag || !*tag)
         return nullptr;
+    settled();
     xml_node parent = nodeOf(node_);
-    if (!doc_->prefixedNames) {
+    if (!doc_->tree->prefixedNames) {
         for (xml_node c = parent.child(tag); c; c = c.next_sibling(tag))
             if (c.type() == pugi::node_element)
                 return c.internal_object();
@@ -674,11 +851,20 @@ xml_node_struct* HNKMessageIterator::findChild(int id) const
     return findChild(name);
 }
 
-xml_node_struct* HNKMessageIterator::target(int id) const { return id == 0 ? node_ : findChild(id); }
+xml_node_struct* HNKMessageIterator::target(int id) const
+{
+    if (id != 0)
+        return findChild(id);
+    settled();
+    return node_;
+}
 
 xml_node_struct* HNKMessageIterator::target(const char* tag) const
 {
-    return (!tag || !*tag) ? node_ : findChild(tag);
+    if (tag && *tag)
+        return findChild(tag);
+    settled();
+    return node_;
 }
 
 // ---- Moving ----
@@ -705,6 +891,7 @@ int HNKMessageIterator::createChild(int id)
 {
     if (id == 0 || !node_)
         return -1;
+    changing();
     const char* name = HNKElementDictionary::findName(id);
     if (!name) {
         setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
@@ -718,6 +905,7 @@ int HNKMessageIterator::createChild(const char* tag)
 {
     if (!node_ || !tag || !*tag)
         return -1;
+    changing();
     if (!isValidTag(tag)) {
         setErrorMessage("HNKMessageIterator: invalid element name '%s'", tag);
         return -1;
@@ -739,6 +927,7 @@ void HNKMessageIterator::removeCurrent()
 {
     if (!node_)
         return;
+    changing(true);
     xml_node self = nodeOf(node_);
     xml_node parent = self.parent();
     if (parent.type() != pugi::node_element)
@@ -756,7 +945,7 @@ int HNKMessageIterator::nextSibling(const char* tag) const
     if (!node_ || !tag || !*tag)
         return -1;
     xml_node self = nodeOf(node_);
-    if (!doc_->prefixedNames) {
+    if (!doc_->tree->prefixedNames) {
         for (xml_node s = self.next_sibling(tag); s; s = s.next_sibling(tag))
             if (s.type() == pugi::node_element) {
                 node_ = s.internal_object();
@@ -788,6 +977,7 @@ int HNKMessageIterator::firstChild() const
 {
     if (!node_)
         return -1;
+    settled();
     for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
         if (c.type() == pugi::node_element) {
             node_ = c.internal_object();
@@ -814,6 +1004,9 @@ bool HNKMessageIterator::hasChild(const char* tag) const { return findChild(tag)
 
 int HNKMessageIterator::removeChild(int id)
 {
+    if (!node_)
+        return -1;
+    changing(true);
     xml_node_struct* c = findChild(id);
     if (!c)
         return -1;
@@ -823,6 +1016,9 @@ int HNKMessageIterator::removeChild(int id)
 
 int HNKMessageIterator::removeChild(const char* tag)
 {
+    if (!node_)
+        return -1;
+    changing(true);
     xml_node_struct* c = findChild(tag);
     if (!c)
         return -1;
@@ -857,6 +1053,7 @@ void HNKMessageIterator::setType(const char* type, const char* ns)
 {
     if (!node_ || !type || !isValidTag(type))
         return;
+    changing();
     xml_node el = nodeOf(node_);
     if (findXsiType(el))
         return; // the outermost writer stamped first; its label stays
@@ -906,6 +1103,7 @@ void HNKMessageIterator::applySecondaryID(int id)
 {
     if (!node_)
         return;
+    changing();
     xml_node el = nodeOf(node_);
     xml_attribute a = el.attribute("secondary_id");
     if (!a)
@@ -949,6 +1147,7 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
                         idLabel(id, buf));
         return -1;
     }
+    changing();
     xml_node_struct* n = target(id);
     if (n)
         return setTextOf(nodeOf(n), value, size) ? 0 : -1;
@@ -1147,10 +1346,11 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     HNKMessageIterator out;
     if (!node_)
         return out;
+    settled();
     xml_node self = nodeOf(node_);
-    out.doc_.reset(new Document);
-    out.doc_->prefixedNames = doc_->prefixedNames;
-    xml_node copy = out.doc_->xml.append_copy(self);
+    out.attach(boost::shared_ptr<Document>(new Document));
+    out.doc_->tree->prefixedNames = doc_->tree->prefixedNames;
+    xml_node copy = out.doc_->tree->xml.append_copy(self);
     for (const auto& b : bindingsInScope(self.parent()))
         if (!copy.attribute(b.first))
             copy.append_attribute(b.first).set_value(b.second);
@@ -1158,16 +1358,118 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     return out;
 }
 
-int HNKMessageIterator::appendCopy(const HNKMessageIterator& source)
+std::string HNKMessageIterator::linkedXML() const
+{
+    const std::vector<Tree::Link>& links = doc_->tree->links;
+    std::unordered_map<xml_node_struct*, const Tree::Link*> placeholders;
+    std::unordered_map<xml_node_struct*, bool> onPath; // ancestors of placeholders
+    for (const Tree::Link& l : links) {
+        placeholders[l.placeholder] = &l;
+        for (xml_node n = xml_node(l.placeholder).parent(); n && n.type() == pugi::node_element; n = n.parent())
+            onPath[n.internal_object()] = true;
+    }
+    const unsigned flags = pugi::format_raw | pugi::format_no_declaration;
+    StringWriter w;
+    // A start tag exactly as pugixml writes it: a childless shallow copy
+    // prints "<name attributes/>", of which the "/>" becomes ">".
+    auto startTag = [&](xml_node n) {
+        pugi::xml_document shallow;
+        xml_node c = shallow.append_child(n.name());
+        for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute())
+            c.append_attribute(a.name()).set_value(a.value());
+        size_t at = w.out.size();
+        c.print(w, "", flags, pugi::encoding_utf8);
+        if (w.out.size() >= at + 2 && w.out.compare(w.out.size() - 2, 2, "/>") == 0)
+            w.out.resize(w.out.size() - 2);
+        w.out += '>';
+    };
+    auto text = [&](const char* value) {
+        if (!*value)
+            return;
+        pugi::xml_document holder;
+        holder.append_child(pugi::node_pcdata).set_value(value);
+        holder.print(w, "", flags, pugi::encoding_utf8);
+    };
+    auto endTag = [&](xml_node n) {
+        w.out += "</";
+        w.out += n.name();
+        w.out += '>';
+    };
+    // Depth is that of the written tree around the links, not of the text.
+    std::function<void(xml_node)> emit = [&](xml_node n) {
+        auto link = placeholders.find(n.internal_object());
+        if (link != placeholders.end()) {
+            xml_node from(link->second->from);
+            startTag(n);
+            text(from.value());
+            for (xml_node c = from.first_child(); c; c = c.next_sibling())
+                c.print(w, "", flags, pugi::encoding_utf8);
+            endTag(n);
+            return;
+        }
+        if (!onPath.count(n.internal_object())) {
+            n.print(w, "", flags, pugi::encoding_utf8);
+            return;
+        }
+        startTag(n);
+        text(n.value());
+        for (xml_node c = n.first_child(); c; c = c.next_sibling())
+            emit(c);
+        endTag(n);
+    };
+    for (xml_node c = doc_->tree->xml.first_child(); c; c = c.next_sibling())
+        emit(c);
+    return std::move(w.out);
+}
+
+HNKMessageIterator HNKMessageIterator::shareSubtree() const
+{
+    if (!node_ || node_ != doc_->tree->xml.document_element().internal_object())
+        return cloneSubtree();
+    settled(); // a shared tree has no links
+    HNKMessageIterator out;
+    out.attach(boost::shared_ptr<Document>(new Document(doc_->tree)));
+    out.node_ = node_;
+    return out;
+}
+
+int HNKMessageIterator::appendCopy(const HNKMessageIterator& source) { return appendCopy(source, false); }
+
+int HNKMessageIterator::appendLinked(const HNKMessageIterator& source) { return appendCopy(source, true); }
+
+int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
 {
     if (!node_ || !source.node_)
         return -1;
+    changing();
+    source.settled();
     xml_node from = nodeOf(source.node_);
     xml_node to = nodeOf(node_);
     if (doc_ == source.doc_ && isSameOrAncestor(from, to))
         return -1;
-    doc_->prefixedNames = doc_->prefixedNames || source.doc_->prefixedNames;
-    xml_node copy = to.append_copy(from);
+    doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
+    // Only an element with element children is worth linking, and only from
+    // another tree; its leading text, if any, must need no escaping (toXML
+    // writes it through pugixml as a text node, which would escape it alike,
+    // but blanks are all a parsed list element holds).
+    if (link) {
+        link = source.doc_->tree != doc_->tree && from.first_child() && isPlainBlankText(from.value());
+        bool elementChild = false;
+        for (xml_node c = from.first_child(); link && c && !elementChild; c = c.next_sibling())
+            elementChild = c.type() == pugi::node_element;
+        link = link && elementChild;
+    }
+    xml_node copy;
+    if (link) {
+        copy = to.append_child(from.name());
+        for (xml_attribute a = from.first_attribute(); a; a = a.next_attribute())
+            copy.append_attribute(a.name()).set_value(a.value());
+        Tree* source_tree = source.doc_->tree;
+        source_tree->shares.fetch_add(1, std::memory_order_relaxed); // frozen while linked
+        doc_->tree->links.push_back(Tree::Link{copy.internal_object(), source_tree, from.internal_object()});
+    } else {
+        copy = to.append_copy(from);
+    }
     std::vector<std::pair<const char*, const char*>> missing;
     for (const auto& b : bindingsInScope(from.parent())) {
         const char* here = resolveDeclName(to, b.first);
@@ -1197,11 +1499,12 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
 {
     if (!node_ || !source.node_)
         return -1;
+    changing();
     if (doc_ == source.doc_ && isSameOrAncestor(nodeOf(source.node_), nodeOf(node_)))
         return appendChildrenCopy(source.cloneSubtree()); // copying a subtree into itself
     xml_node from = nodeOf(source.node_);
     xml_node to = nodeOf(node_);
-    doc_->prefixedNames = doc_->prefixedNames || source.doc_->prefixedNames;
+    doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
     std::vector<std::pair<const char*, const char*>> needed;
     for (const auto& b : bindingsInScope(from)) {
         const char* here = resolveDeclName(to, b.first);

@@ -5,6 +5,10 @@
 // position. Readers take the cursor const: the position is mutable state, so
 // a reader moves down and must move back up (ascend) before it returns.
 // One cursor (and the document behind it) is used by one thread at a time.
+// Distinct documents may share one element tree (shareSubtree) and be used
+// on different threads: the tree is then read-only, and a document about to
+// change it takes a copy of its own first, so neither ever sees the other's
+// changes.
 //
 // Element IDs are either numeric (the framework's element dictionary,
 // HNKElementDictionary, gives the element name) or string tags. ID 0 and the
@@ -20,6 +24,7 @@
 
 namespace pugi {
 struct xml_node_struct;
+class xml_document;
 } // namespace pugi
 
 class HNKMessageIterator {
@@ -188,6 +193,11 @@ public:
     // the cursor, with the namespace bindings it inherited declared on its
     // root; the new cursor is on that root. Invalid when this one is.
     HNKMessageIterator cloneSubtree() const;
+    // The same as cloneSubtree for every observer, without copying now when
+    // the cursor is on the outermost element: the new document shares the
+    // tree until either side changes it, and the side that changes it first
+    // changes a copy of its own. Elsewhere it is cloneSubtree.
+    HNKMessageIterator shareSubtree() const;
     // Appends deep copies of all children of `source`'s current element to
     // the element under this cursor, in order; bindings the copies relied on
     // are declared on them. 0 on success, -1 when either cursor is invalid.
@@ -198,6 +208,13 @@ public:
     // not in scope here. The cursor does not move. -1 when either is invalid
     // or the source element is this element or one of its ancestors.
     int appendCopy(const HNKMessageIterator& source);
+    // The same as appendCopy for every observer, without copying the content
+    // of an element with element children from another tree now: the new
+    // child holds its name and attributes, and its content is copied in when
+    // anyone looks inside this document or changes it; until then toXML
+    // writes it straight from the source, whose tree stays unchanged (a
+    // change through its own cursors goes to a copy of their own).
+    int appendLinked(const HNKMessageIterator& source);
 
     // ---- Typed objects (HNKSerialization.h defines these) ----
     // Runs reader(*this, obj) on the element under the cursor.
@@ -236,10 +253,27 @@ private:
     template <class ID>
     int getBase64(ID id, std::string& out) const;
 
+    struct Tree;
     struct Document;
+    // Joins `doc`'s list of cursors (leaving the one it was on).
+    void attach(const boost::shared_ptr<Document>& doc);
+    void detach();
+    // The tree, made this document's own, before a change (`removal`: one
+    // that deletes elements).
+    pugi::xml_document& changing(bool removal = false);
+    // Copies the content of linked elements in (appendLinked) before anyone
+    // looks inside them.
+    void settled() const;
+    int appendCopy(const HNKMessageIterator& source, bool link);
+    // toXML while linked elements are pending.
+    std::string linkedXML() const;
+
     boost::shared_ptr<Document> doc_;
     mutable pugi::xml_node_struct* node_;
     std::string namespace_;
+    // The other cursors of the same document.
+    HNKMessageIterator* prevInDoc_ = nullptr;
+    HNKMessageIterator* nextInDoc_ = nullptr;
 };
 
 #include "HNKSerialization.h"

@@ -97,17 +97,7 @@ int HNREnvConfig::getProperty(T& value, const char* tag) const
 template <class T>
 int HNREnvConfig::setProperty(T value, const char* tag)
 {
-    initMsg();
-    HNKMessageIterator& msg = *getMsg();
-    msg.removeChild(tag);
-    if (msg.createChild(tag) != 0)
-        return -1;
-    if (msg.putValue(0, value) != 0) {
-        msg.removeCurrent(); // a value XML cannot carry: no element at all
-        return -1;
-    }
-    msg.ascend();
-    return 0;
+    return putElement(value, tag); // one element afterwards; a refused value leaves the old one
 }
 
 template int HNREnvConfig::getProperty<bool>(bool&, const char*) const;
@@ -234,7 +224,8 @@ int HNREnvConfig::setOfflineManagementEnabled(bool value)
 {
     initMsg();
     HNKMessageIterator& msg = *getMsg();
-    msg.removeChild(kOfflineManagementEnabledID);
+    while (msg.removeChild(kOfflineManagementEnabledID) == 0) {
+    }
     return msg.putValue(kOfflineManagementEnabledID, value);
 }
 
@@ -254,7 +245,8 @@ int HNREnvConfig::setOfflineServices(const HNKOptionalProperty<std::set<std::str
 {
     initMsg();
     HNKMessageIterator& msg = *getMsg();
-    msg.removeChild(kOfflineServicesTag);
+    while (msg.removeChild(kOfflineServicesTag) == 0) {
+    }
     if (!services.isSpecified())
         return 0;
     return msg.putObject(services.get(), HNKWriterListOf(HNKStringWriter(), kOfflineServiceItem),
@@ -277,7 +269,8 @@ int HNREnvConfig::setDevices(const HNKOptionalProperty<HNRVMDeviceList>& devices
 {
     initMsg();
     HNKMessageIterator& msg = *getMsg();
-    msg.removeChild(kDeviceListTag);
+    while (msg.removeChild(kDeviceListTag) == 0) {
+    }
     if (!devices.isSpecified())
         return 0;
     return msg.putObject(devices.get(), DeviceListWriter(kDeviceItem), kDeviceListTag);

@@ -7,7 +7,9 @@
 // API, by group:
 // - Typed accessors (table below): getters return 0, or -1 (argument
 //   untouched) without a tree, without the element or on a bad value;
-//   setters replace the element (remove, then append) and return 0.
+//   setters leave exactly one element of the tag, appended with the new
+//   value, and return 0; a string XML cannot carry is refused (-1) with the
+//   old element left in place.
 // - getProperty / setProperty<T> (bool, int, std::string): the generic pair
 //   behind every typed accessor.
 // - Offline management flag: element ID 1647, no tag of its own.
@@ -15,7 +17,8 @@
 //   (items ID 1747) and "device_list" (items ID 1114). Getters: -1 without a
 //   tree; 0 and the argument untouched without the list element; else the
 //   argument is marked specified and the list reader's status is returned.
-//   Setters remove the list and write it again only when specified.
+//   Setters remove every list element of the tag and write one again only
+//   when specified.
 // - getPositionOfTheTag: the schema position of a tag (one process-wide
 //   table of 58 tags), used by the framework to order the output.
 // - compare: the framework's comparison, then compareByMethod over the
@@ -53,8 +56,9 @@ public:
     // -1 without a tree or element, or when the text is not a T.
     template <class T>
     int getProperty(T& value, const char* tag) const;
-    // Creates the tree if needed, removes child `tag`, appends it with the
-    // value. 0; -1 only for a string that XML cannot carry (element absent).
+    // Creates the tree if needed, appends child `tag` with the value, then
+    // removes every older child `tag`. 0; -1 only for a string that XML
+    // cannot carry (nothing changed then).
     template <class T>
     int setProperty(T value, const char* tag);
 

@@ -188,14 +188,15 @@ TEST(HNREnvConfigTest, SettingTwiceLeavesOneElementWithTheSecondValue)
     EXPECT_EQ((std::vector<std::string>{"memory_size", "cpu_count"}), childNames(*c.getMsg()));
 }
 
-TEST(HNREnvConfigTest, StringXmlCannotCarryIsRefusedWithoutLeavingAnElement)
+TEST(HNREnvConfigTest, StringXmlCannotCarryIsRefusedLeavingThePreviousValue)
 {
     HNREnvConfig c = emptyConfig();
     EXPECT_EQ(0, c.setHomePath("/old"));
     EXPECT_EQ(-1, c.setHomePath(std::string("bad\0nul", 7)));
     std::string s;
-    EXPECT_EQ(-1, c.getHomePath(s));
-    EXPECT_EQ(0, countChildren(*c.getMsg(), "home_path"));
+    EXPECT_EQ(0, c.getHomePath(s));
+    EXPECT_EQ("/old", s);
+    EXPECT_EQ(1, countChildren(*c.getMsg(), "home_path"));
 }
 
 TEST(HNREnvConfigTest, OfflineManagementFlagIsAddressedByElementID)
