@@ -730,12 +730,30 @@ int HNKMessageIterator::fromXML(const std::string& text)
         setErrorMessage("%s (line %zu, column %zu)", getErrorMessage().c_str(), line, column);
         return -1;
     };
+    const unsigned kParseOptions =
+        pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment | pugi::parse_embed_pcdata;
     HNKXmlTextCheck::Error bad;
     if (!HNKXmlTextCheck::check(text.data(), text.size(), bad)) {
+        // The lexical pass does not match end tags; where the parser finds an
+        // end tag that closes the wrong element earlier, that is the first
+        // fault and the one to name. (The parser also calls an element left
+        // open at the end a mismatch, placed in its start tag: not that one.)
+        const char* what = bad.what;
+        size_t offset = bad.offset;
+        pugi::xml_document probe;
+        pugi::xml_parse_result parsed = probe.load_buffer(text.data(), text.size(), kParseOptions, pugi::encoding_utf8);
+        if (parsed.status == pugi::status_end_element_mismatch && parsed.offset >= 0 &&
+            static_cast<size_t>(parsed.offset) < offset) {
+            size_t tag = text.rfind('<', static_cast<size_t>(parsed.offset));
+            if (tag != std::string::npos && tag + 1 < text.size() && text[tag + 1] == '/') {
+                what = parsed.description();
+                offset = static_cast<size_t>(parsed.offset);
+            }
+        }
         size_t line, column;
-        HNKXmlTextCheck::position(text.data(), text.size(), bad.offset, line, column);
-        setErrorMessage("fromXML: malformed XML at byte offset %zu (line %zu, column %zu): %s", bad.offset, line,
-                        column, bad.what);
+        HNKXmlTextCheck::position(text.data(), text.size(), offset, line, column);
+        setErrorMessage("fromXML: malformed XML at byte offset %zu (line %zu, column %zu): %s", offset, line, column,
+                        what);
         return -1;
     }
     boost::shared_ptr<Document> doc(new Document);
@@ -745,10 +763,8 @@ int HNKMessageIterator::fromXML(const std::string& text)
     // itself instead of a child node: messages are mostly elements holding
     // one value, so the tree has half the nodes (faster to build, copy and
     // write, half the memory). textOf and setTextOf read and write it.
-    pugi::xml_parse_result result = doc->tree->xml.load_buffer(
-        text.data(), text.size(),
-        pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment | pugi::parse_embed_pcdata,
-        pugi::encoding_utf8);
+    pugi::xml_parse_result result =
+        doc->tree->xml.load_buffer(text.data(), text.size(), kParseOptions, pugi::encoding_utf8);
     if (!result) {
         size_t line, column;
         HNKXmlTextCheck::position(text.data(), text.size(), static_cast<size_t>(result.offset), line, column);

@@ -445,3 +445,18 @@ TEST(HNKXmlTextCheckTest, TextsFromXmlAcceptsAreAcceptedByXmllint)
 }
 
 } // namespace
+
+// An end tag that closes the wrong element is named where it stands, not as
+// an element left open at the end; an element really left open is that.
+TEST(HNKXmlTextCheckTest, MismatchedEndTagIsNamedWhereItStands)
+{
+    HNKMessageIterator it;
+    ASSERT_EQ(-1, it.fromXML("<a>\n  <b>\n</a>"));
+    EXPECT_EQ("fromXML: malformed XML at byte offset 12 (line 3, column 3): Start-end tags mismatch",
+              getErrorMessage());
+    ASSERT_EQ(-1, it.fromXML("<a><b></c></b></a>"));
+    EXPECT_NE(std::string::npos, getErrorMessage().find("Start-end tags mismatch")) << getErrorMessage();
+    ASSERT_EQ(-1, it.fromXML("<r>"));
+    EXPECT_NE(std::string::npos, getErrorMessage().find("unclosed element")) << getErrorMessage();
+    EXPECT_EQ(std::string::npos, getErrorMessage().find("mismatch")) << getErrorMessage();
+}

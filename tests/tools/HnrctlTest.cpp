@@ -445,8 +445,10 @@ TEST(HnrctlTest, EverySampleMessageReadsWritesAndReadsBackTheSame)
         ++files;
         SCOPED_TRACE(e.path().string());
         // Two samples hold a device that does not read: reported, exit 1.
-        bool flawed = e.path().filename() == "vmconfig_unknown_device.xml" ||
-                      e.path().filename() == "vmconfig_device_without_emulation_type.xml";
+        // Their golden written texts (*.out.xml) keep the same devices.
+        std::string stem = e.path().filename().string();
+        stem = stem.substr(0, stem.find('.'));
+        bool flawed = stem == "vmconfig_unknown_device" || stem == "vmconfig_device_without_emulation_type";
         HnrctlRun first = runInProcess({"message", "read", "--write", e.path().string()});
         ASSERT_EQ(flawed ? 1 : 0, first.status) << first.err;
         EXPECT_EQ(flawed, first.err.find("/configuration/device_list/device[") != std::string::npos) << first.err;

@@ -126,7 +126,7 @@ TEST(HnrctlValidateTest, BadUsageExitsTwo)
     HnrctlRun run = runBinary({"message", "validate"});
     EXPECT_EQ(2, run.status);
     EXPECT_EQ("hnrctl: message validate: missing operand (expected FILE...)\n"
-              "Try 'hnrctl message validate --help'.\n",
+              "Try 'hnrctl help message validate'.\n",
               run.err);
     run = runBinary({"message", "validate", "--xml", kNoEmulationType});
     EXPECT_EQ(2, run.status);

@@ -25,7 +25,7 @@ inline std::string writtenTextOf(const std::string& text)
     out << record.className << "\n";
     record.print(out);
     HNKMessageIterator written(it.currentName());
-    if (record.write(written) != 0)
+    if (record.write(written, false) != 0)
         return out.str() + "write failed";
     out << "--\n" << written.toXML() << "\n";
     return out.str();

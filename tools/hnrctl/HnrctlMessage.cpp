@@ -12,6 +12,8 @@
 #include <nlohmann/json.hpp>
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <iterator>
@@ -86,6 +88,15 @@ Position positionOf(const std::string& text, const std::string& error)
         return p;
     p.known = true;
     p.offset = offset;
+    // The parser names line and column itself (columns in characters).
+    long long line = 0, column = 0;
+    size_t named = error.find(" (line ", at);
+    if (named != std::string::npos &&
+        std::sscanf(error.c_str() + named, " (line %lld, column %lld)", &line, &column) == 2) {
+        p.line = line;
+        p.column = column;
+        return p;
+    }
     p.line = 1;
     size_t lineStart = 0;
     for (size_t i = 0; i < static_cast<size_t>(offset); ++i) {
@@ -122,7 +133,7 @@ Input load(const std::string& file, HnrctlContext& context)
     if (in.tree.fromXML(in.text) != 0) {
         std::string message = getErrorMessage();
         in.position = positionOf(in.text, message);
-        if (in.position.known) {
+        if (in.position.known && message.find(" (line ") == std::string::npos) {
             // "... at byte offset 10 (line 2, column 7): ..."
             size_t number = message.rfind("byte offset ") + 12;
             size_t end = message.find_first_not_of("0123456789", number);
