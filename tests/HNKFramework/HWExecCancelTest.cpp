@@ -4,6 +4,8 @@
 #include "GenExec.h"
 #include "HNKErrorMessage.h"
 
+#include "HNKFramework/ProcessChecks.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -23,29 +25,7 @@ using Args = std::vector<std::string>;
 
 Args sh(const std::string& script) { return {"sh", "-c", script}; }
 
-bool noChildren()
-{
-    int st;
-    errno = 0;
-    return ::waitpid(-1, &st, WNOHANG) == -1 && errno == ECHILD;
-}
 
-// True when pid is gone or a zombie waiting for init.
-bool processGone(pid_t pid)
-{
-    for (int i = 0; i < 100; ++i) {
-        std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-        if (!stat)
-            return true;
-        std::string line;
-        std::getline(stat, line);
-        size_t close = line.rfind(')');
-        if (close != std::string::npos && close + 2 < line.size() && line[close + 2] == 'Z')
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return false;
-}
 
 std::string tempPath(const std::string& name)
 {

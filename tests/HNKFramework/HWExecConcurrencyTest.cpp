@@ -1,6 +1,8 @@
 // Separate runner objects on separate threads (also built with ThreadSanitizer).
 #include "GenExec.h"
 
+#include "HNKFramework/ProcessChecks.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -25,12 +27,6 @@ std::vector<std::string> drainLines(HWExec& exec)
     return lines;
 }
 
-bool noChildren()
-{
-    int st;
-    errno = 0;
-    return ::waitpid(-1, &st, WNOHANG) == -1 && errno == ECHILD;
-}
 
 TEST(HWExecConcurrencyTest, SeparateObjectsRunConcurrentlyOnSeparateThreads)
 {

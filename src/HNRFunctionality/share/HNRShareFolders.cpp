@@ -17,6 +17,25 @@
 
 namespace HNR {
 
+namespace {
+
+// The folder a createDir or removeDir names, relative to the share and safe
+// to put in a script; false (reported as "<action> '<dir>' ...") otherwise.
+bool folderOperand(const char* function, const char* action, const std::string& dir, const HNRShareParams& params,
+                   HNRShareLocation& loc, std::string& relative)
+{
+    if (!loc.parse(function, params) || !HNRShareScript::staysInside(function, action, dir))
+        return false;
+    relative = HNRShareLocation::relative(dir);
+    if (relative.empty()) {
+        reportError(function, std::string(action) + " '" + dir + "' on share '" + params.path + "': the name is empty");
+        return false;
+    }
+    return HNRShareScript::carries(function, action, relative);
+}
+
+} // namespace
+
 bool HNRShareConnection::check(const HNRShareParams& params)
 {
     static const char kFunction[] = "check";
@@ -125,15 +144,8 @@ bool HNRShareConnection::createDir(const std::string& dir, const HNRShareParams&
     static const char kFunction[] = "createDir";
     try {
         HNRShareLocation loc;
-        if (!loc.parse(kFunction, params) || !HNRShareScript::staysInside(kFunction, "Can't create directory", dir))
-            return false;
-        const std::string relative = HNRShareLocation::relative(dir);
-        if (relative.empty()) {
-            reportError(kFunction, "Can't create directory '" + dir + "' on share '" + params.path +
-                                       "': the name is empty");
-            return false;
-        }
-        if (!HNRShareScript::carries(kFunction, "Can't create directory", relative))
+        std::string relative;
+        if (!folderOperand(kFunction, "Can't create directory", dir, params, loc, relative))
             return false;
         std::string output;
         if (loc.run("prompt off" + HNRShareScript::mkdir(relative), output, nullptr))
@@ -155,15 +167,8 @@ bool HNRShareConnection::removeDir(const std::string& dir, const HNRShareParams&
     static const char kFunction[] = "removeDir";
     try {
         HNRShareLocation loc;
-        if (!loc.parse(kFunction, params) || !HNRShareScript::staysInside(kFunction, "Can't remove directory", dir))
-            return false;
-        const std::string relative = HNRShareLocation::relative(dir);
-        if (relative.empty()) {
-            reportError(kFunction, "Can't remove directory '" + dir + "' on share '" + params.path +
-                                       "': the name is empty");
-            return false;
-        }
-        if (!HNRShareScript::carries(kFunction, "Can't remove directory", relative))
+        std::string relative;
+        if (!folderOperand(kFunction, "Can't remove directory", dir, params, loc, relative))
             return false;
         std::string output;
         if (!loc.run("prompt off; recurse" + HNRShareScript::list(relative), output, nullptr)) {
