@@ -9,6 +9,7 @@
 // turn, and takes the ratio of the two; the figure is the median of the
 // per-turn ratios. A batch repeats the round trip until it has run about
 // 50 ms, so small texts are timed over many runs.
+#include "BenchCpuTime.h"
 #include "BenchMessageRoundTrip.h"
 #include "BenchMessageText.h"
 
@@ -22,12 +23,8 @@
 
 namespace {
 
-double cpuSeconds()
-{
-    timespec ts;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
-    return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
-}
+using HNRBench::cpuSeconds;
+using HNRBench::median;
 
 volatile size_t sink;
 
@@ -38,13 +35,6 @@ double batchSeconds(F&& f, int runs)
     for (int i = 0; i < runs; ++i)
         sink = f().size();
     return (cpuSeconds() - start) / runs;
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    size_t n = v.size();
-    return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
 }
 
 int defaultTurns(size_t devices) { return devices <= 1000 ? 15 : devices <= 10000 ? 9 : 7; }
@@ -73,23 +63,12 @@ int main(int argc, char** argv)
         double once = batchSeconds(ours, 1);
         int runs = std::max(1, static_cast<int>(0.05 / std::max(once, 1e-7)));
         int t = turns > 0 ? turns : defaultTurns(n);
-        std::vector<double> ratios, pugiTimes, ourTimes;
-        for (int turn = 0; turn < t; ++turn) {
-            double p, o;
-            if (turn % 2 == 0) {
-                p = batchSeconds(pugi, runs);
-                o = batchSeconds(ours, runs);
-            } else {
-                o = batchSeconds(ours, runs);
-                p = batchSeconds(pugi, runs);
-            }
-            ratios.push_back(o / p);
-            pugiTimes.push_back(p);
-            ourTimes.push_back(o);
-        }
-        double m = median(ourTimes);
-        std::printf("%8zu %11zu %6d %12.3f %12.3f %10.2f %10.2f\n", n, text.size(), t, median(pugiTimes) * 1e3,
-                    m * 1e3, m * 1e6 / static_cast<double>(n), median(ratios));
+        const HNRBench::Turns turnsTaken = HNRBench::alternate(
+            t, [&] { batchSeconds(ours, runs); }, [&] { batchSeconds(pugi, runs); });
+        double m = median(turnsTaken.first) / runs;
+        std::printf("%8zu %11zu %6d %12.3f %12.3f %10.2f %10.2f\n", n, text.size(), t,
+                    median(turnsTaken.second) / runs * 1e3, m * 1e3, m * 1e6 / static_cast<double>(n),
+                    median(turnsTaken.ratios));
         std::fflush(stdout);
     }
     return 0;

@@ -3,6 +3,7 @@
 // alternating turns, medians). Usage: bench_schema [devices] [turns]
 #include <vector> // before BenchMessageText.h, which uses it
 
+#include "BenchCpuTime.h"
 #include "BenchMessageText.h"
 
 #include "HnrctlSchemaValidator.h"
@@ -22,18 +23,7 @@
 
 namespace {
 
-double cpuSeconds()
-{
-    timespec t;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-    return t.tv_sec + t.tv_nsec * 1e-9;
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.size() % 2 ? v[v.size() / 2] : (v[v.size() / 2 - 1] + v[v.size() / 2]) / 2;
-}
+using HNRBench::median;
 
 // Parse, read the configuration through its registry and every device
 // through the device registry; the device count read.
@@ -67,17 +57,11 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "bench_schema: the message is not valid or does not read (%s)\n", error.c_str());
         return 1;
     }
-    std::vector<double> validate, read, ratio;
-    for (int i = 0; i < turns; ++i) {
-        double t0 = cpuSeconds();
-        validator.validate(text, violations, error);
-        double t1 = cpuSeconds();
-        readThroughRegistries(text);
-        double t2 = cpuSeconds();
-        validate.push_back(t1 - t0);
-        read.push_back(t2 - t1);
-        ratio.push_back((t1 - t0) / (t2 - t1));
-    }
+    const HNRBench::Turns t = HNRBench::alternate(
+        turns, [&] { validator.validate(text, violations, error); }, [&] { readThroughRegistries(text); });
+    const std::vector<double>& validate = t.first;
+    const std::vector<double>& read = t.second;
+    const std::vector<double>& ratio = t.ratios;
     std::printf("devices %zu, text %zu bytes, %d turns\n", devices, text.size(), turns);
     std::printf("schema validation      %8.1f ms CPU (median)\n", median(validate) * 1e3);
     std::printf("read via registries    %8.1f ms CPU (median)\n", median(read) * 1e3);

@@ -8,6 +8,7 @@
 //
 // Prints one line per size; exits 1 when a benchmark text fails the check.
 #include "BenchMessageRoundTrip.h"
+#include "BenchCpuTime.h"
 #include "BenchMessageText.h"
 
 #include "HNKXmlTextCheck.h"
@@ -21,12 +22,8 @@
 
 namespace {
 
-double cpuSeconds()
-{
-    timespec ts;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &ts);
-    return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
-}
+using HNRBench::cpuSeconds;
+using HNRBench::median;
 
 volatile size_t sink;
 
@@ -52,12 +49,6 @@ double timePugixml(const std::string& text, int repeats)
     return cpuSeconds() - start;
 }
 
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -78,23 +69,11 @@ int main(int argc, char** argv)
         int repeats = std::max(1, static_cast<int>(2000000 / (text.size() + 1)));
         timeCheck(text, repeats); // warm up
         timePugixml(text, repeats);
-        std::vector<double> ratios, check, pugi;
-        for (int t = 0; t < turns; ++t) {
-            double c, p;
-            if (t % 2 == 0) {
-                c = timeCheck(text, repeats);
-                p = timePugixml(text, repeats);
-            } else {
-                p = timePugixml(text, repeats);
-                c = timeCheck(text, repeats);
-            }
-            ratios.push_back(c / p);
-            check.push_back(c);
-            pugi.push_back(p);
-        }
+        const HNRBench::Turns t = HNRBench::alternate(
+            turns, [&] { timeCheck(text, repeats); }, [&] { timePugixml(text, repeats); });
         double mb = static_cast<double>(text.size()) * repeats / 1e6;
-        std::printf("%10zu %12zu %14.0f %14.0f %12.3f\n", devices, text.size(), mb / median(check),
-                    mb / median(pugi), median(ratios));
+        std::printf("%10zu %12zu %14.0f %14.0f %12.3f\n", devices, text.size(), mb / median(t.first),
+                    mb / median(t.second), median(t.ratios));
     }
     return 0;
 }
