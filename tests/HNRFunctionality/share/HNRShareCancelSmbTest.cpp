@@ -3,6 +3,8 @@
 #include "share/HNRCancellation.h"
 #include "share/HNRShare.h"
 
+#include "HNKFramework/ProcessChecks.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -35,21 +37,6 @@ long long fileSize(const std::string& path)
     return ::stat(path.c_str(), &st) == 0 ? static_cast<long long>(st.st_size) : -1;
 }
 
-std::string readAll(const std::string& path)
-{
-    // POSIX reads: a /proc file of a process that ends meanwhile fails with
-    // ESRCH, which a stream would throw as an exception.
-    std::string text;
-    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return text;
-    char buf[4096];
-    ssize_t got;
-    while ((got = ::read(fd, buf, sizeof buf)) > 0)
-        text.append(buf, static_cast<std::size_t>(got));
-    ::close(fd);
-    return text;
-}
 
 // Processes whose command line holds marker (a test's private folder names
 // every smbclient script it starts), zombies excluded.

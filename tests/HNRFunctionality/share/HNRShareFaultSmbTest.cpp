@@ -2,6 +2,8 @@
 // connection processes are killed). Runs inside scripts/with-smbd.
 #include "share/HNRShare.h"
 
+#include "HNKFramework/ProcessChecks.h"
+
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -18,30 +20,6 @@ using HNR::HNRShareConnection;
 using HNRTest::ProgressRecorder;
 using Clock = std::chrono::steady_clock;
 
-// Processes whose parent is pid.
-std::set<int> childrenOf(int pid)
-{
-    std::set<int> children;
-    DIR* proc = ::opendir("/proc");
-    if (!proc)
-        return children;
-    while (dirent* entry = ::readdir(proc)) {
-        int candidate = std::atoi(entry->d_name);
-        if (candidate <= 0)
-            continue;
-        std::ifstream stat(std::string("/proc/") + entry->d_name + "/stat");
-        std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
-        std::size_t close = text.rfind(')');
-        if (close == std::string::npos)
-            continue;
-        char state;
-        int ppid = 0;
-        if (std::sscanf(text.c_str() + close + 1, " %c %d", &state, &ppid) == 2 && ppid == pid)
-            children.insert(candidate);
-    }
-    ::closedir(proc);
-    return children;
-}
 
 std::uint64_t fileSize(const std::string& path)
 {

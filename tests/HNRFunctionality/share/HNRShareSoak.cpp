@@ -38,6 +38,7 @@
 #include <boost/filesystem/operations.hpp>
 
 #include "HNKErrorMessage.h"
+#include "HNKFramework/ProcessChecks.h"
 #include "share/HNRShare.h"
 #include "share/HNRStaticConnections.h"
 
@@ -72,44 +73,7 @@ std::uint64_t fileSize(const std::string& path)
     return ::stat(path.c_str(), &st) == 0 ? static_cast<std::uint64_t>(st.st_size) : 0;
 }
 
-std::string readAll(const std::string& path)
-{
-    // POSIX reads: a /proc file of a process that ends meanwhile fails with
-    // ESRCH, which a stream would throw as an exception.
-    std::string text;
-    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return text;
-    char buf[4096];
-    ssize_t got;
-    while ((got = ::read(fd, buf, sizeof buf)) > 0)
-        text.append(buf, static_cast<std::size_t>(got));
-    ::close(fd);
-    return text;
-}
 
-// Live processes whose parent is pid.
-std::set<int> childrenOf(int pid)
-{
-    std::set<int> children;
-    DIR* proc = ::opendir("/proc");
-    if (!proc)
-        return children;
-    while (dirent* entry = ::readdir(proc)) {
-        int candidate = std::atoi(entry->d_name);
-        if (candidate <= 0)
-            continue;
-        const std::string text = readAll(std::string("/proc/") + entry->d_name + "/stat");
-        std::size_t close = text.rfind(')');
-        char state;
-        int ppid = 0;
-        if (close != std::string::npos && std::sscanf(text.c_str() + close + 1, " %c %d", &state, &ppid) == 2 &&
-            ppid == pid && state != 'Z')
-            children.insert(candidate);
-    }
-    ::closedir(proc);
-    return children;
-}
 
 // smbclient processes whose command line names marker (our private folder).
 int toolsMentioning(const std::string& marker)
