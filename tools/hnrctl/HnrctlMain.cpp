@@ -1,4 +1,4 @@
-// hnrctl: see Hnrctl.h and "hnrctl --help".
+// hnrctl's main(): signals and the terminal; the commands are in Hnrctl.h.
 #include "Hnrctl.h"
 
 #include "share/HNRCancellation.h"
