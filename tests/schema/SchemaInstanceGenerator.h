@@ -32,11 +32,11 @@ public:
     {
         for (const std::string& f : files)
             load(f);
-        for (const auto& t : m_types) {
+        for (const auto& t : types_) {
             for (QName q = t.first;;) {
-                m_derived[q].push_back(t.first);
-                const ComplexType& c = m_types.at(q);
-                if (c.base.name.empty() || !m_types.count(c.base))
+                derived_[q].push_back(t.first);
+                const ComplexType& c = types_.at(q);
+                if (c.base.name.empty() || !types_.count(c.base))
                     break;
                 q = c.base;
             }
@@ -47,7 +47,7 @@ public:
     std::vector<QName> typesOf(const std::string& ns) const
     {
         std::vector<QName> out;
-        for (const auto& t : m_types)
+        for (const auto& t : types_)
             if (t.first.ns == ns)
                 out.push_back(t.first);
         return out;
@@ -56,12 +56,12 @@ public:
     // One message: a root element `rootName` stamped with `type`.
     std::string generate(const QName& type, const std::string& rootName, std::mt19937& rng)
     {
-        m_prefixes.clear();
+        prefixes_.clear();
         std::string body;
         std::string stamp = typeStamp(type);
         content(type, body, rng, 0);
         std::string out = "<" + rootName + " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"";
-        for (const auto& p : m_prefixes)
+        for (const auto& p : prefixes_)
             out += " xmlns:" + p.second + "=\"" + p.first + "\"";
         out += " xsi:type=\"" + stamp + "\">" + body + "</" + rootName + ">";
         return out;
@@ -163,16 +163,16 @@ private:
                         particles(c, t);
                     }
                 }
-                m_types[{tns, name}] = t;
+                types_[{tns, name}] = t;
             } else if (is(d, "group")) {
                 ComplexType g;
                 for (xmlNodePtr c : children(d))
                     particles(c, g);
-                m_groups[{tns, name}] = g;
+                groups_[{tns, name}] = g;
             } else if (is(d, "simpleType")) {
                 for (xmlNodePtr r : children(d))
                     if (is(r, "restriction"))
-                        m_simple[{tns, name}] = resolve(r, attr(r, "base"));
+                        simple_[{tns, name}] = resolve(r, attr(r, "base"));
             } else if (!is(d, "import")) {
                 throw std::runtime_error("unsupported declaration in " + file);
             }
@@ -182,9 +182,9 @@ private:
 
     std::string typeStamp(const QName& type)
     {
-        auto found = m_prefixes.find(type.ns);
-        if (found == m_prefixes.end())
-            found = m_prefixes.emplace(type.ns, "p" + std::to_string(m_prefixes.size())).first;
+        auto found = prefixes_.find(type.ns);
+        if (found == prefixes_.end())
+            found = prefixes_.emplace(type.ns, "p" + std::to_string(prefixes_.size())).first;
         return found->second + ":" + type.name;
     }
 
@@ -259,8 +259,8 @@ private:
                 return text(rng);
             throw std::runtime_error("no values for xs:" + type.name);
         }
-        auto found = m_simple.find(type);
-        if (found == m_simple.end())
+        auto found = simple_.find(type);
+        if (found == simple_.end())
             throw std::runtime_error("unknown simple type " + type.name);
         if (type.name == "guidType")
             return guid(rng);
@@ -271,10 +271,10 @@ private:
 
     void element(const Particle& p, std::string& out, std::mt19937& rng, int depth)
     {
-        if (m_types.count(p.type)) {
+        if (types_.count(p.type)) {
             // Any type derived from the declared one; stamped when it differs,
             // and sometimes when it does not.
-            const std::vector<QName>& candidates = m_derived.at(p.type);
+            const std::vector<QName>& candidates = derived_.at(p.type);
             QName chosen = candidates[static_cast<size_t>(pick(rng, 0, static_cast<int>(candidates.size()) - 1))];
             out += "<" + p.name;
             if (!(chosen == p.type) || pick(rng, 0, 3) == 0)
@@ -301,7 +301,7 @@ private:
             int n = p->minOccurs == max ? max : pick(rng, p->minOccurs, max);
             for (int i = 0; i < n; ++i) {
                 if (p->kind == Particle::GroupRef)
-                    particlesOf(m_groups.at(p->type), out, rng, depth);
+                    particlesOf(groups_.at(p->type), out, rng, depth);
                 else
                     element(*p, out, rng, depth);
             }
@@ -310,17 +310,17 @@ private:
 
     void content(const QName& type, std::string& out, std::mt19937& rng, int depth)
     {
-        const ComplexType& t = m_types.at(type);
-        if (!t.base.name.empty() && m_types.count(t.base))
+        const ComplexType& t = types_.at(type);
+        if (!t.base.name.empty() && types_.count(t.base))
             content(t.base, out, rng, depth);
         particlesOf(t, out, rng, depth);
     }
 
-    std::map<QName, ComplexType> m_types;
-    std::map<QName, ComplexType> m_groups;
-    std::map<QName, QName> m_simple;
-    std::map<QName, std::vector<QName>> m_derived; // a type and its extensions
-    std::map<std::string, std::string> m_prefixes; // namespace -> prefix
+    std::map<QName, ComplexType> types_;
+    std::map<QName, ComplexType> groups_;
+    std::map<QName, QName> simple_;
+    std::map<QName, std::vector<QName>> derived_; // a type and its extensions
+    std::map<std::string, std::string> prefixes_; // namespace -> prefix
 };
 
 } // namespace hnr_test

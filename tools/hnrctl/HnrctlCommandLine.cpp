@@ -26,14 +26,14 @@ bool looksLikePasswordOption(const std::string& name)
 
 bool HnrctlCommandLine::parse(const std::vector<std::string>& args, const std::vector<HnrctlOption>& options)
 {
-    m_values.clear();
-    m_operands.clear();
-    m_error.clear();
+    values_.clear();
+    operands_.clear();
+    error_.clear();
     bool optionsEnded = false;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (optionsEnded || arg.size() < 2 || arg[0] != '-') {
-            m_operands.push_back(arg);
+            operands_.push_back(arg);
             continue;
         }
         if (arg == "--") {
@@ -58,38 +58,38 @@ bool HnrctlCommandLine::parse(const std::vector<std::string>& args, const std::v
         }
         // A command's own option wins (mkdir -p); elsewhere -p means a password.
         if (looksLikePasswordOption(name) && !findOption(options, name)) {
-            m_error = "passwords are not taken on the command line: set HNR_SMB_PASSWORD or use --password-file FILE";
+            error_ = "passwords are not taken on the command line: set HNR_SMB_PASSWORD or use --password-file FILE";
             return false;
         }
         const HnrctlOption* option = findOption(options, name);
         if (!option) {
-            m_error = "unknown option '" + name + "'";
+            error_ = "unknown option '" + name + "'";
             return false;
         }
         if (!option->valueName) {
             if (hasInlineValue) {
-                m_error = "option '" + name + "' takes no value";
+                error_ = "option '" + name + "' takes no value";
                 return false;
             }
-            m_values[option->longName] = "";
+            values_[option->longName] = "";
             continue;
         }
         if (!hasInlineValue) {
             if (i + 1 >= args.size()) {
-                m_error = "option '" + name + "' needs a value (" + option->valueName + ")";
+                error_ = "option '" + name + "' needs a value (" + option->valueName + ")";
                 return false;
             }
             value = args[++i];
         }
-        m_values[option->longName] = value;
+        values_[option->longName] = value;
     }
     return true;
 }
 
 std::string HnrctlCommandLine::value(const std::string& longName, const std::string& fallback) const
 {
-    auto found = m_values.find(longName);
-    return found == m_values.end() ? fallback : found->second;
+    auto found = values_.find(longName);
+    return found == values_.end() ? fallback : found->second;
 }
 
 } // namespace hnrctl

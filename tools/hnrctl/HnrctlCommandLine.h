@@ -23,16 +23,16 @@ public:
     bool parse(const std::vector<std::string>& args, const std::vector<HnrctlOption>& options);
 
     // Keyed by the option's long name.
-    bool has(const std::string& longName) const { return m_values.count(longName) != 0; }
+    bool has(const std::string& longName) const { return values_.count(longName) != 0; }
     // The option's value, or fallback when absent.
     std::string value(const std::string& longName, const std::string& fallback = "") const;
-    const std::vector<std::string>& operands() const { return m_operands; }
-    const std::string& error() const { return m_error; }
+    const std::vector<std::string>& operands() const { return operands_; }
+    const std::string& error() const { return error_; }
 
 private:
-    std::map<std::string, std::string> m_values;
-    std::vector<std::string> m_operands;
-    std::string m_error;
+    std::map<std::string, std::string> values_;
+    std::vector<std::string> operands_;
+    std::string error_;
 };
 
 } // namespace hnrctl

@@ -38,16 +38,16 @@ std::string durationText(double seconds)
 } // namespace
 
 HnrctlProgress::HnrctlProgress(std::ostream& out, const std::string& label, bool terminal)
-    : Progress(1), m_out(out), m_label(label), m_terminal(terminal)
+    : Progress(1), out_(out), label_(label), terminal_(terminal)
 {
 }
 
 HnrctlProgress::HnrctlProgress(std::ostream& out, const std::string& label, bool terminal, std::uint64_t totalBytes,
                                Clock clock)
-    : Progress(1), m_out(out), m_label(label), m_terminal(terminal), m_total(totalBytes),
-      m_clock(clock ? clock : Clock(steadySeconds))
+    : Progress(1), out_(out), label_(label), terminal_(terminal), total_(totalBytes),
+      clock_(clock ? clock : Clock(steadySeconds))
 {
-    m_started = m_clock();
+    started_ = clock_();
 }
 
 std::string HnrctlProgress::groupDigits(std::uint64_t value)
@@ -72,9 +72,9 @@ void HnrctlProgress::setProgress(double percent)
         percent = 100;
     // Shown with one decimal; an update that would not change the text is dropped.
     double rounded = std::floor(percent * 10) / 10;
-    if (rounded <= m_last)
+    if (rounded <= last_)
         return;
-    m_last = rounded;
+    last_ = rounded;
     show(rounded);
 }
 
@@ -82,30 +82,30 @@ void HnrctlProgress::show(double percent)
 {
     char text[16];
     std::snprintf(text, sizeof text, "%5.1f%%", percent);
-    std::string line = m_label + ": " + text;
-    if (m_total > 0) {
-        std::uint64_t done = static_cast<std::uint64_t>(static_cast<double>(m_total) * percent / 100);
-        if (done > m_total)
-            done = m_total;
-        double elapsed = m_clock() - m_started;
-        line += "  " + groupDigits(done) + " of " + groupDigits(m_total) + " bytes";
+    std::string line = label_ + ": " + text;
+    if (total_ > 0) {
+        std::uint64_t done = static_cast<std::uint64_t>(static_cast<double>(total_) * percent / 100);
+        if (done > total_)
+            done = total_;
+        double elapsed = clock_() - started_;
+        line += "  " + groupDigits(done) + " of " + groupDigits(total_) + " bytes";
         if (elapsed > 0 && done > 0) {
             double rate = static_cast<double>(done) / elapsed;
-            line += "  " + rateText(rate) + "  " + durationText(static_cast<double>(m_total - done) / rate) + " left";
+            line += "  " + rateText(rate) + "  " + durationText(static_cast<double>(total_ - done) / rate) + " left";
         } else {
             line += "  --  -:--:-- left";
         }
     }
-    if (m_terminal)
-        m_out << "\r" << line << (m_total > 0 ? "\x1b[K" : "") << std::flush; // the line may shrink
+    if (terminal_)
+        out_ << "\r" << line << (total_ > 0 ? "\x1b[K" : "") << std::flush; // the line may shrink
     else
-        m_out << line << "\n" << std::flush;
+        out_ << line << "\n" << std::flush;
 }
 
 void HnrctlProgress::finish()
 {
-    if (m_terminal && m_last >= 0)
-        m_out << "\n" << std::flush;
+    if (terminal_ && last_ >= 0)
+        out_ << "\n" << std::flush;
 }
 
 } // namespace hnrctl

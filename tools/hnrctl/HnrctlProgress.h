@@ -28,7 +28,7 @@ public:
     // Ends the redrawn line on a terminal; call once the transfer is over.
     void finish();
     // The last percentage shown, -1 before the first.
-    double lastShown() const { return m_last; }
+    double lastShown() const { return last_; }
 
     // "1,234,567"
     static std::string groupDigits(std::uint64_t value);
@@ -36,13 +36,13 @@ public:
 private:
     void show(double percent);
 
-    std::ostream& m_out;
-    std::string m_label;
-    bool m_terminal;
-    std::uint64_t m_total = 0;
-    Clock m_clock;
-    double m_started = 0;
-    double m_last = -1;
+    std::ostream& out_;
+    std::string label_;
+    bool terminal_;
+    std::uint64_t total_ = 0;
+    Clock clock_;
+    double started_ = 0;
+    double last_ = -1;
 };
 
 } // namespace hnrctl

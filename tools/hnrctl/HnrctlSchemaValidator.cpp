@@ -50,15 +50,15 @@ struct RootTag {
 
 class Scanner {
 public:
-    explicit Scanner(const std::string& text) : m_text(text) {}
+    explicit Scanner(const std::string& text) : text_(text) {}
 
     RootTag scan()
     {
         RootTag root;
-        if (m_text.compare(0, 3, "\xEF\xBB\xBF") == 0)
-            m_pos = 3;
+        if (text_.compare(0, 3, "\xEF\xBB\xBF") == 0)
+            pos_ = 3;
         for (;;) {
-            while (m_pos < m_text.size() && isBlank(m_text[m_pos]))
+            while (pos_ < text_.size() && isBlank(text_[pos_]))
                 advance();
             if (startsWith("<?")) {
                 skipPast("?>");
@@ -66,12 +66,12 @@ public:
                 skipPast("-->");
             } else if (startsWith("<!DOCTYPE")) {
                 root.doctype = true;
-                root.line = m_line;
-                root.column = m_column;
+                root.line = line_;
+                root.column = column_;
                 return root;
-            } else if (startsWith("<") && m_pos + 1 < m_text.size() && isNameChar(m_text[m_pos + 1])) {
-                root.line = m_line;
-                root.column = m_column;
+            } else if (startsWith("<") && pos_ + 1 < text_.size() && isNameChar(text_[pos_ + 1])) {
+                root.line = line_;
+                root.column = column_;
                 advance();
                 root.name = name();
                 root.found = !root.name.empty();
@@ -89,69 +89,69 @@ private:
         return !isBlank(c) && c != '>' && c != '/' && c != '=' && c != '<' && c != '"' && c != '\'' && c != '\0';
     }
 
-    bool startsWith(const char* s) const { return m_text.compare(m_pos, std::strlen(s), s) == 0; }
+    bool startsWith(const char* s) const { return text_.compare(pos_, std::strlen(s), s) == 0; }
 
     void advance()
     {
-        if (m_text[m_pos] == '\n') {
-            ++m_line;
-            m_column = 1;
+        if (text_[pos_] == '\n') {
+            ++line_;
+            column_ = 1;
         } else {
-            ++m_column;
+            ++column_;
         }
-        ++m_pos;
+        ++pos_;
     }
 
     void skipPast(const char* end)
     {
         size_t n = std::strlen(end);
-        while (m_pos < m_text.size() && !startsWith(end))
+        while (pos_ < text_.size() && !startsWith(end))
             advance();
-        for (size_t i = 0; i < n && m_pos < m_text.size(); ++i)
+        for (size_t i = 0; i < n && pos_ < text_.size(); ++i)
             advance();
     }
 
     std::string name()
     {
-        size_t start = m_pos;
-        while (m_pos < m_text.size() && isNameChar(m_text[m_pos]))
+        size_t start = pos_;
+        while (pos_ < text_.size() && isNameChar(text_[pos_]))
             advance();
-        return m_text.substr(start, m_pos - start);
+        return text_.substr(start, pos_ - start);
     }
 
     void attributes(RootTag& root)
     {
         for (;;) {
-            while (m_pos < m_text.size() && isBlank(m_text[m_pos]))
+            while (pos_ < text_.size() && isBlank(text_[pos_]))
                 advance();
-            if (m_pos >= m_text.size() || !isNameChar(m_text[m_pos]))
+            if (pos_ >= text_.size() || !isNameChar(text_[pos_]))
                 return;
             std::string attribute = name();
-            while (m_pos < m_text.size() && isBlank(m_text[m_pos]))
+            while (pos_ < text_.size() && isBlank(text_[pos_]))
                 advance();
-            if (m_pos >= m_text.size() || m_text[m_pos] != '=')
+            if (pos_ >= text_.size() || text_[pos_] != '=')
                 return;
             advance();
-            while (m_pos < m_text.size() && isBlank(m_text[m_pos]))
+            while (pos_ < text_.size() && isBlank(text_[pos_]))
                 advance();
-            if (m_pos >= m_text.size() || (m_text[m_pos] != '"' && m_text[m_pos] != '\''))
+            if (pos_ >= text_.size() || (text_[pos_] != '"' && text_[pos_] != '\''))
                 return;
-            char quote = m_text[m_pos];
+            char quote = text_[pos_];
             advance();
-            size_t start = m_pos;
-            while (m_pos < m_text.size() && m_text[m_pos] != quote)
+            size_t start = pos_;
+            while (pos_ < text_.size() && text_[pos_] != quote)
                 advance();
-            if (m_pos >= m_text.size())
+            if (pos_ >= text_.size())
                 return;
-            root.attributes.emplace_back(attribute, m_text.substr(start, m_pos - start));
+            root.attributes.emplace_back(attribute, text_.substr(start, pos_ - start));
             advance();
         }
     }
 
-    const std::string& m_text;
-    size_t m_pos = 0;
-    int m_line = 1;
-    int m_column = 1;
+    const std::string& text_;
+    size_t pos_ = 0;
+    int line_ = 1;
+    int column_ = 1;
 };
 
 bool hasXsiType(const RootTag& root)
@@ -246,25 +246,25 @@ struct HnrctlSchemaValidator::Compiled {
     }
 };
 
-HnrctlSchemaValidator::HnrctlSchemaValidator(const std::string& schemaDir) : m_dir(schemaDir) { xmlInitParser(); }
+HnrctlSchemaValidator::HnrctlSchemaValidator(const std::string& schemaDir) : dir_(schemaDir) { xmlInitParser(); }
 
 HnrctlSchemaValidator::~HnrctlSchemaValidator() {}
 
 HnrctlSchemaValidator::Compiled* HnrctlSchemaValidator::compiledFor(const std::string& rootName, std::string& error)
 {
-    auto found = m_byRoot.find(rootName);
-    if (found != m_byRoot.end())
+    auto found = byRoot_.find(rootName);
+    if (found != byRoot_.end())
         return found->second.get();
     for (const auto& ns : kNamespaces) {
-        if (!isFile(m_dir + "/" + ns.file)) {
-            error = "schema file '" + m_dir + "/" + ns.file + "' not found";
+        if (!isFile(dir_ + "/" + ns.file)) {
+            error = "schema file '" + dir_ + "/" + ns.file + "' not found";
             return nullptr;
         }
     }
     std::string driver = "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\">\n";
     for (const auto& ns : kNamespaces)
         driver += std::string("  <xs:import namespace=\"") + ns.uri + "\" schemaLocation=\"" +
-                  escapedAttribute(m_dir + "/" + ns.file) + "\"/>\n";
+                  escapedAttribute(dir_ + "/" + ns.file) + "\"/>\n";
     driver += "  <xs:element name=\"" + rootName + "\"/>\n</xs:schema>\n";
 
     std::vector<HnrctlSchemaViolation> problems;
@@ -281,13 +281,13 @@ HnrctlSchemaValidator::Compiled* HnrctlSchemaValidator::compiledFor(const std::s
     if (compiled->schema)
         compiled->context = xmlSchemaNewValidCtxt(compiled->schema);
     if (!compiled->schema || !compiled->context) {
-        error = "cannot load the schema in '" + m_dir + "'";
+        error = "cannot load the schema in '" + dir_ + "'";
         if (!problems.empty())
             error += ": " + problems.front().message;
         return nullptr;
     }
     Compiled* result = compiled.get();
-    m_byRoot[rootName] = std::move(compiled);
+    byRoot_[rootName] = std::move(compiled);
     return result;
 }
 

@@ -30,7 +30,7 @@ public:
     // with no violations, only when the schema itself could not be loaded.
     bool validate(const std::string& text, std::vector<HnrctlSchemaViolation>& violations, std::string& error);
 
-    const std::string& schemaDir() const { return m_dir; }
+    const std::string& schemaDir() const { return dir_; }
 
     // The schema folder: $HNR_SCHEMA_DIR when set, else the installed folder
     // next to the executable (../share/hnrfunctionality/schema), else the
@@ -42,8 +42,8 @@ private:
     struct Compiled;
     Compiled* compiledFor(const std::string& rootName, std::string& error);
 
-    std::string m_dir;
-    std::map<std::string, std::unique_ptr<Compiled>> m_byRoot;
+    std::string dir_;
+    std::map<std::string, std::unique_ptr<Compiled>> byRoot_;
 };
 
 } // namespace hnrctl

@@ -16,17 +16,17 @@ bool HNRAutoDirectory::create(const std::string& path)
         return false;
     if (::mkdir(path.c_str(), 0777) != 0)
         return false;
-    m_path = path;
+    path_ = path;
     return true;
 }
 
 bool HNRAutoDirectory::remove()
 {
-    if (m_path.empty())
+    if (path_.empty())
         return true;
-    if (::rmdir(m_path.c_str()) != 0)
+    if (::rmdir(path_.c_str()) != 0)
         return false;
-    m_path.clear();
+    path_.clear();
     return true;
 }
 

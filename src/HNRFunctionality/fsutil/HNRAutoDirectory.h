@@ -21,10 +21,10 @@ public:
     // so that a later call (or the destructor) tries again. errno tells why.
     bool remove();
     // Empty when no directory is held.
-    const std::string& getPath() const { return m_path; }
+    const std::string& getPath() const { return path_; }
 
 private:
-    std::string m_path;
+    std::string path_;
 };
 
 } // namespace HNR

@@ -21,39 +21,39 @@ public:
         if (::mkdtemp(&pattern[0]) == nullptr)
             ADD_FAILURE() << "mkdtemp failed";
         else
-            m_path = pattern;
+            path_ = pattern;
     }
     ~TempDir()
     {
-        if (m_path.empty())
+        if (path_.empty())
             return;
         boost::system::error_code ec;
-        boost::filesystem::remove_all(m_path, ec);
+        boost::filesystem::remove_all(path_, ec);
     }
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
 
-    const std::string& path() const { return m_path; }
-    std::string operator/(const std::string& name) const { return m_path + "/" + name; }
+    const std::string& path() const { return path_; }
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
 
 private:
-    std::string m_path;
+    std::string path_;
 };
 
 class LogCapture {
 public:
     LogCapture()
     {
-        Logger::setSink([this](int level, const std::string& line) { m_lines.emplace_back(level, line); });
+        Logger::setSink([this](int level, const std::string& line) { lines_.emplace_back(level, line); });
     }
     ~LogCapture() { Logger::setSink(Logger::Sink()); }
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    const std::vector<std::pair<int, std::string>>& lines() const { return m_lines; }
+    const std::vector<std::pair<int, std::string>>& lines() const { return lines_; }
 
 private:
-    std::vector<std::pair<int, std::string>> m_lines;
+    std::vector<std::pair<int, std::string>> lines_;
 };
 
 } // namespace HNRTest
