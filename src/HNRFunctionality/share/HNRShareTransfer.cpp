@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <exception>
 #include <map>
+#include <strings.h>
 #include <sys/stat.h>
 
 #include <boost/filesystem/operations.hpp>
@@ -404,8 +405,9 @@ bool HNRShareConnection::putFiles(const std::vector<std::string>& files, const H
                 return false;
             if (line.empty() || line[0] != '\\')
                 return true;
+            // Shares compare names without case; the server may spell them its way.
             for (const std::string& header : headers)
-                if (line.compare(0, header.size(), header) == 0 &&
+                if (line.size() >= header.size() && ::strncasecmp(line.c_str(), header.c_str(), header.size()) == 0 &&
                     (line.size() == header.size() || line[header.size()] == '\\'))
                     return true;
             return false;
