@@ -1,27 +1,42 @@
 // Transfers through the share client against raw smbclient runs moving the
-// same file, on a real smbd (run inside scripts/with-smbd). The file size is
-// HNR_BENCH_TRANSFER_MB (default 200). Counters:
-//   smbclient_runs  smbclient processes started per operation (every run
-//                   goes through a counting wrapper first on PATH, for the
-//                   raw runs as well, so both pay the same small cost);
-//   progress_calls  progress reports per operation (0 for raw runs).
-// Trees: HNR_BENCH_TREE_FILES files of 4 KiB (default 3000) in
-// HNR_BENCH_TREE_FOLDERS folders (default 60), put and got by the module with
-// keepTopDirs against raw "recurse on" mput / mget of the same tree.
-// scripts/bench divides the module's throughput by the raw one.
+// same data, on a real smbd (run inside scripts/with-smbd): one file of
+// HNR_BENCH_TRANSFER_MB (default 200), and a tree of HNR_BENCH_TREE_FILES
+// files of 4 KiB (default 3000) in HNR_BENCH_TREE_FOLDERS folders (default
+// 60), put and got by the module with keepTopDirs against raw "recurse on"
+// mput / mget of the same tree.
+//
+// Each pair runs in alternated turns (module first on even turns, raw first
+// on odd ones), timed by the wall clock (the work is in the children and the
+// server, not in this process); the figure is the median of the per-turn
+// ratios module time / raw time, with its range. Also per operation:
+//   cpu_ratio median of module / raw CPU time of this process and its
+//             reaped children (smbclient, the wrapper): the client side's
+//             cost, steadier than the wall clock on a busy machine;
+//   runs      smbclient processes the module started (every run goes through
+//             a counting wrapper first on PATH, raw runs too, so both pay its
+//             small cost alike);
+//   progress  progress reports the module made.
+//
+//   bench_transfer [--turns N] [--tree-turns M]   (defaults 9 and 5)
 #include "share/HNRShare.h"
 
 #include "GenExec.h"
 #include "HNKErrorMessage.h"
 
-#include <benchmark/benchmark.h>
-
 #include <boost/filesystem.hpp>
 
+#include "BenchCpuTime.h"
+
+#include <chrono>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <sys/resource.h>
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace fs = boost::filesystem;
 using HNR::HNRShareConnection;
@@ -145,171 +160,194 @@ public:
     double last = -1;
 };
 
-void finish(benchmark::State& state, long runsBefore, long progressCalls, bool tree = false)
+double seconds()
 {
-    Setup& s = setup();
-    double n = static_cast<double>(state.iterations());
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
-                            static_cast<int64_t>(tree ? s.treeBytes : s.bytes));
-    state.counters["smbclient_runs"] = static_cast<double>(s.runs() - runsBefore) / n;
-    // Every run carries every counter (the CSV report needs it): raw runs report 0.
-    state.counters["progress_calls"] = static_cast<double>(progressCalls) / n;
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-void BM_ModulePutFiles(benchmark::State& state)
+// CPU seconds of this process and of its reaped children (smbclient and the
+// counting wrapper): what the client side costs, whatever else the machine runs.
+double clientCpuSeconds()
+{
+    double total = 0;
+    for (int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        rusage u;
+        getrusage(who, &u);
+        total += static_cast<double>(u.ru_utime.tv_sec + u.ru_stime.tv_sec) +
+                 static_cast<double>(u.ru_utime.tv_usec + u.ru_stime.tv_usec) * 1e-6;
+    }
+    return total;
+}
+
+// One side of a pair: prepare (untimed), then the timed work; false on failure.
+struct Side {
+    std::function<void()> prepare;
+    std::function<bool()> work;
+};
+
+struct Pair {
+    std::vector<double> module, raw, ratios, cpuRatios;
+    long runs = 0, progress = 0;
+    bool ok = true;
+};
+
+CountingProgress* g_progress = nullptr;
+
+Pair alternate(int turns, const Side& module, const Side& raw)
 {
     Setup& s = setup();
-    long before = s.runs(), calls = 0;
-    for (auto _ : state) {
+    Pair p;
+    double cpu = 0;
+    const auto timed = [&](const Side& side, bool isModule) {
+        side.prepare();
         CountingProgress progress;
-        if (!HNRShareConnection::putFiles({s.payload.string()}, s.benchFolder(), false, &progress) ||
-            progress.last != 100.0) {
-            state.SkipWithError(getErrorMessage().c_str());
-            return;
+        g_progress = &progress;
+        const long before = s.runs();
+        const double cpuStart = clientCpuSeconds();
+        const double start = seconds();
+        const bool ok = side.work();
+        const double took = seconds() - start;
+        cpu = clientCpuSeconds() - cpuStart;
+        if (isModule) {
+            p.runs += s.runs() - before;
+            p.progress += progress.calls;
+            if (progress.last != 100.0)
+                p.ok = false;
         }
-        calls += progress.calls;
-    }
-    finish(state, before, calls);
-}
-
-void BM_RawSmbclientPut(benchmark::State& state)
-{
-    Setup& s = setup();
-    long before = s.runs();
-    for (auto _ : state) {
-        if (!s.raw("put \"" + s.payload.string() + "\" \"payload.bin\"")) {
-            state.SkipWithError("smbclient put failed");
-            return;
+        if (!ok) {
+            std::fprintf(stderr, "%s failed: %s\n", isModule ? "module" : "raw smbclient",
+                         isModule ? getErrorMessage().c_str() : "see its output");
+            p.ok = false;
         }
-    }
-    finish(state, before, 0);
-}
-
-void BM_ModuleGetFiles(benchmark::State& state)
-{
-    Setup& s = setup();
-    long before = s.runs(), calls = 0;
-    for (auto _ : state) {
-        CountingProgress progress;
-        if (!HNRShareConnection::getFiles({"payload.bin"}, s.benchFolder(), (s.dir / "got").string(), false,
-                                          &progress) ||
-            progress.last != 100.0) {
-            state.SkipWithError(getErrorMessage().c_str());
-            return;
+        return took;
+    };
+    for (int turn = 0; turn < turns && p.ok; ++turn) {
+        double m, r, mCpu, rCpu;
+        if (turn % 2 == 0) {
+            m = timed(module, true);
+            mCpu = cpu;
+            r = timed(raw, false);
+            rCpu = cpu;
+        } else {
+            r = timed(raw, false);
+            rCpu = cpu;
+            m = timed(module, true);
+            mCpu = cpu;
         }
-        calls += progress.calls;
-        state.PauseTiming();
-        fs::remove(s.dir / "got" / "payload.bin");
-        state.ResumeTiming();
+        p.module.push_back(m);
+        p.raw.push_back(r);
+        p.ratios.push_back(m / r);
+        p.cpuRatios.push_back(rCpu > 0 ? mCpu / rCpu : 0);
     }
-    finish(state, before, calls);
+    return p;
 }
 
-void BM_RawSmbclientGet(benchmark::State& state)
+bool report(const char* name, const Pair& p, bool throughput)
 {
-    Setup& s = setup();
-    long before = s.runs();
-    for (auto _ : state) {
-        if (!s.raw("get \"payload.bin\" \"" + (s.dir / "got" / "payload.bin").string() + "\"")) {
-            state.SkipWithError("smbclient get failed");
-            return;
-        }
-        state.PauseTiming();
-        fs::remove(s.dir / "got" / "payload.bin");
-        state.ResumeTiming();
+    if (!p.ok || p.ratios.empty()) {
+        std::printf("%-24s FAILED\n", name);
+        std::fflush(stdout);
+        return false;
     }
-    finish(state, before, 0);
+    const double n = static_cast<double>(p.ratios.size());
+    // Throughput ratios are raw time / module time: the inverse of each turn's ratio.
+    std::vector<double> shown;
+    for (double r : p.ratios)
+        shown.push_back(throughput ? 1.0 / r : r);
+    std::printf("%-24s %9.0f %9.0f %8.3f  %5.3f-%5.3f %9.3f %6.1f %9.1f %6zu\n", name,
+                HNRBench::median(p.module) * 1000, HNRBench::median(p.raw) * 1000, HNRBench::median(shown),
+                *std::min_element(shown.begin(), shown.end()), *std::max_element(shown.begin(), shown.end()),
+                HNRBench::median(p.cpuRatios), static_cast<double>(p.runs) / n, static_cast<double>(p.progress) / n,
+                p.ratios.size());
+    std::fflush(stdout);
+    return true;
 }
 
-// The share's copy of the tree goes between turns: a put makes its folders.
-void removeRemoteTree(benchmark::State& state)
+int intArg(int argc, char** argv, const char* name, int fallback)
 {
-    state.PauseTiming();
-    boost::system::error_code ec;
-    fs::remove_all(setup().shareDir / "tree", ec);
-    state.ResumeTiming();
-}
-
-void BM_ModulePutTree(benchmark::State& state)
-{
-    Setup& s = setup();
-    long before = s.runs(), calls = 0;
-    for (auto _ : state) {
-        removeRemoteTree(state);
-        CountingProgress progress;
-        if (!HNRShareConnection::putFiles({s.tree.string()}, s.benchFolder(), true, &progress) ||
-            progress.last != 100.0) {
-            state.SkipWithError(getErrorMessage().c_str());
-            return;
-        }
-        calls += progress.calls;
-    }
-    finish(state, before, calls, true);
-}
-
-void BM_RawSmbclientPutTree(benchmark::State& state)
-{
-    Setup& s = setup();
-    long before = s.runs();
-    for (auto _ : state) {
-        removeRemoteTree(state);
-        if (!s.raw("prompt off; recurse on; lcd \"" + s.tree.parent_path().string() + "\"; mput tree")) {
-            state.SkipWithError("smbclient mput failed");
-            return;
-        }
-    }
-    finish(state, before, 0, true);
-}
-
-void removeLocalTree(benchmark::State& state)
-{
-    state.PauseTiming();
-    fs::remove_all(setup().dir / "got" / "tree");
-    state.ResumeTiming();
-}
-
-void BM_ModuleGetTree(benchmark::State& state)
-{
-    Setup& s = setup();
-    long before = s.runs(), calls = 0;
-    for (auto _ : state) {
-        CountingProgress progress;
-        if (!HNRShareConnection::getFiles({"tree"}, s.benchFolder(), (s.dir / "got").string(), true, &progress) ||
-            progress.last != 100.0) {
-            state.SkipWithError(getErrorMessage().c_str());
-            return;
-        }
-        calls += progress.calls;
-        removeLocalTree(state);
-    }
-    finish(state, before, calls, true);
-}
-
-void BM_RawSmbclientGetTree(benchmark::State& state)
-{
-    Setup& s = setup();
-    long before = s.runs();
-    for (auto _ : state) {
-        if (!s.raw("prompt off; recurse on; lcd \"" + (s.dir / "got").string() + "\"; mget tree")) {
-            state.SkipWithError("smbclient mget failed");
-            return;
-        }
-        removeLocalTree(state);
-    }
-    finish(state, before, 0, true);
+    for (int i = 1; i + 1 < argc; ++i)
+        if (std::strcmp(argv[i], name) == 0)
+            return std::max(1, std::atoi(argv[i + 1]));
+    return fallback;
 }
 
 } // namespace
 
-// Put first: the gets read the file the puts left on the share.
-BENCHMARK(BM_RawSmbclientPut)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_ModulePutFiles)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_RawSmbclientGet)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_ModuleGetFiles)->Unit(benchmark::kMillisecond)->UseRealTime();
-// Alternating turns would be fairer still; each pair runs back to back.
-BENCHMARK(BM_RawSmbclientPutTree)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_ModulePutTree)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_RawSmbclientGetTree)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(BM_ModuleGetTree)->Unit(benchmark::kMillisecond)->UseRealTime();
+int main(int argc, char** argv)
+{
+    try {
+        const int turns = intArg(argc, argv, "--turns", 9);
+        const int treeTurns = intArg(argc, argv, "--tree-turns", 5);
+        Setup& s = setup();
+        const fs::path got = s.dir / "got";
+        const auto nothing = [] {};
+        const auto removeGot = [&] {
+            boost::system::error_code ec;
+            fs::remove(got / "payload.bin", ec);
+            fs::remove_all(got / "tree", ec);
+        };
+        const auto removeRemoteTree = [&] {
+            boost::system::error_code ec;
+            fs::remove_all(s.shareDir / "tree", ec);
+        };
 
-BENCHMARK_MAIN();
+        std::printf("%-24s %9s %9s %8s  %11s %9s %6s %9s %6s\n", "operation", "module_ms", "raw_ms", "ratio",
+                    "range", "cpu_ratio", "runs", "progress", "turns");
+        bool ok = true;
+        // Put first: the gets read what the puts left on the share.
+        ok &= report("put (throughput)",
+                     alternate(turns,
+                               {nothing,
+                                [&] {
+                                    return HNRShareConnection::putFiles({s.payload.string()}, s.benchFolder(), false,
+                                                                        g_progress);
+                                }},
+                               {nothing, [&] { return s.raw("put \"" + s.payload.string() + "\" \"payload.bin\""); }}),
+                     true);
+        ok &= report("get (throughput)",
+                     alternate(turns,
+                               {removeGot,
+                                [&] {
+                                    return HNRShareConnection::getFiles({"payload.bin"}, s.benchFolder(),
+                                                                        got.string(), false, g_progress);
+                                }},
+                               {removeGot,
+                                [&] { return s.raw("get \"payload.bin\" \"" + (got / "payload.bin").string() + "\""); }}),
+                     true);
+        ok &= report("tree put (time)",
+                     alternate(treeTurns,
+                               {removeRemoteTree,
+                                [&] {
+                                    return HNRShareConnection::putFiles({s.tree.string()}, s.benchFolder(), true,
+                                                                        g_progress);
+                                }},
+                               {removeRemoteTree,
+                                [&] {
+                                    return s.raw("prompt off; recurse on; lcd \"" + s.tree.parent_path().string() +
+                                                 "\"; mput tree");
+                                }}),
+                     false);
+        // The last put turn left the tree on the share (odd turn counts end
+        // with the module's put, even ones with raw mput: either will do).
+        ok &= report("tree get (time)",
+                     alternate(treeTurns,
+                               {removeGot,
+                                [&] {
+                                    return HNRShareConnection::getFiles({"tree"}, s.benchFolder(), got.string(), true,
+                                                                        g_progress);
+                                }},
+                               {removeGot,
+                                [&] {
+                                    return s.raw("prompt off; recurse on; lcd \"" + got.string() + "\"; mget tree");
+                                }}),
+                     false);
+        std::printf("\nratio: put/get module/raw throughput (target >= 0.9), trees module/raw time (target <= 1.3);\n"
+                    "median of per-turn ratios, range = lowest-highest turn; cpu_ratio = module/raw CPU time of\n"
+                    "this process and its children (client side only); runs = smbclient runs per module operation "
+                    "(raw: 1)\n");
+        return ok ? 0 : 1;
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "bench_transfer: %s\n", e.what());
+        return 1;
+    }
+}

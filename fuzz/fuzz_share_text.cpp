@@ -104,5 +104,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         (void)block.matched();
         (void)block.fileBytes();
     }
+    // Per command, failed listings included: never more results than
+    // block ends and failure lines, and a failed one holds no block.
+    std::size_t ends = 0;
+    for (const std::string& line : HNR::splitLines(text))
+        if (HNR::isListingFailure(line) || (HNR::isListingLine(line) && line.find(" blocks available") != std::string::npos))
+            ++ends;
+    const std::vector<HNR::HNRListingResult> results = HNR::parseListingResults(text);
+    if (results.size() > ends)
+        std::abort();
+    for (const HNR::HNRListingResult& result : results)
+        if (!result.failure.empty() && !result.block.sections.empty())
+            std::abort();
     return 0;
 }

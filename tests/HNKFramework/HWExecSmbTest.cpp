@@ -3,6 +3,7 @@
 // selectors and flags rely on.
 #include "GenExec.h"
 #include "HNKErrorMessage.h"
+#include "smbd/SmbServer.h"
 
 #include <gtest/gtest.h>
 
@@ -16,29 +17,14 @@ namespace {
 
 using Args = std::vector<std::string>;
 
-std::string env(const char* name)
-{
-    const char* v = std::getenv(name);
-    return v ? v : "";
-}
-
-// \\127.0.0.1\guest -> //127.0.0.1/guest
-std::string slashes(std::string s)
-{
-    for (char& c : s)
-        if (c == '\\')
-            c = '/';
-    return s;
-}
-
-class HWExecSmbTest : public ::testing::Test {
+class HWExecSmbTest : public HNRTest::SmbServerTest {
 protected:
     void SetUp() override
     {
-        ASSERT_FALSE(env("HNR_SMB_GUEST_SHARE").empty()) << "run this test through scripts/with-smbd";
-        guest = slashes(env("HNR_SMB_GUEST_SHARE"));
-        auth = slashes(env("HNR_SMB_AUTH_SHARE"));
-        guestDir = env("HNR_SMB_GUEST_DIR");
+        HNRTest::SmbServerTest::SetUp();
+        guest = HNRTest::SmbServer::slashForm(smb.guestShare);
+        auth = HNRTest::SmbServer::slashForm(smb.authShare);
+        guestDir = smb.guestDir;
     }
 
     Args guestRun(const std::string& script, const std::string& dir = "\\")
@@ -64,12 +50,12 @@ TEST_F(HWExecSmbTest, GuestListingGoesToStandardOutput)
 TEST_F(HWExecSmbTest, ProtectedShareNeedsTheRightPassword)
 {
     HWExec exec;
-    Args good = {"smbclient", auth, "-U", env("HNR_SMB_USER") + "%" + env("HNR_SMB_PASSWORD"), "-D", "\\",
+    Args good = {"smbclient", auth, "-U", smb.user + "%" + smb.password, "-D", "\\",
                  "-c", "prompt off; ls"};
     EXPECT_EQ(exec.execWithOutputError(good, 0, 80000), 0) << exec.getOutput(2);
     EXPECT_NE(exec.getOutput(4).find("  .  "), std::string::npos);
 
-    Args bad = {"smbclient", auth, "-U", env("HNR_SMB_USER") + "%wrong-password", "-D", "\\",
+    Args bad = {"smbclient", auth, "-U", smb.user + "%wrong-password", "-D", "\\",
                 "-c", "prompt off; ls"};
     EXPECT_NE(exec.execWithOutputError(bad, 0, 80000), 0);
     EXPECT_NE(exec.getOutput(4).find("NT_STATUS_LOGON_FAILURE"), std::string::npos) << exec.getOutput(2);

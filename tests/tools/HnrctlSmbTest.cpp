@@ -3,6 +3,7 @@
 // measures and lists it, creates and removes folders, and is refused with a
 // wrong password. No output of any run holds the password.
 #include "tools/HnrctlTestSupport.h"
+#include "smbd/SmbServer.h"
 
 #include <gtest/gtest.h>
 
@@ -25,20 +26,14 @@ namespace fs = boost::filesystem;
 
 namespace {
 
-std::string env(const char* name)
-{
-    const char* value = std::getenv(name);
-    return value ? value : "";
-}
-
-class HnrctlSmbTest : public ::testing::Test {
+class HnrctlSmbTest : public SmbServerTest {
 protected:
     void SetUp() override
     {
-        ASSERT_FALSE(env("HNR_SMB_AUTH_SHARE").empty()) << "run inside scripts/with-smbd";
-        m_share = env("HNR_SMB_AUTH_SHARE");
-        m_user = env("HNR_SMB_USER");
-        m_password = env("HNR_SMB_PASSWORD");
+        SmbServerTest::SetUp();
+        m_share = smb.authShare;
+        m_user = smb.user;
+        m_password = smb.password;
         m_dir = fs::temp_directory_path() / fs::unique_path("hnrctl-smb-%%%%%%%%");
         fs::create_directories(m_dir);
     }
@@ -154,7 +149,7 @@ TEST_F(HnrctlSmbTest, PutSizeListGetGiveBackTheSameBytes)
     r = run({"share", "rmdir", onShare("hnrctl up")});
     ASSERT_EQ(0, r.status) << r.err;
     EXPECT_EQ("removed " + onShare("hnrctl up") + "\n", r.out);
-    EXPECT_FALSE(fs::exists(fs::path(env("HNR_SMB_AUTH_DIR")) / "hnrctl up"));
+    EXPECT_FALSE(fs::exists(fs::path(smb.authDir) / "hnrctl up"));
     r = run({"share", "check", "--file", onShare("hnrctl up")});
     EXPECT_EQ(1, r.status);
 }
@@ -165,13 +160,13 @@ TEST_F(HnrctlSmbTest, ContentsOfAFolderAndGuestAccess)
     writeFile(tree / "one", 10, '1');
     writeFile(tree / "two", 20, '2');
     // Guest share, no -U: the guest logon.
-    std::string guest = env("HNR_SMB_GUEST_SHARE");
+    std::string guest = smb.guestShare;
     HnrctlRun r = runBinary({"share", "mkdir", guest + "\\flat"}, {{"HNR_SMB_PASSWORD", ""}});
     ASSERT_EQ(0, r.status) << r.err;
     r = runBinary({"share", "put", "--contents", guest + "\\flat", tree.string()}, {{"HNR_SMB_PASSWORD", ""}});
     ASSERT_EQ(0, r.status) << r.err;
-    EXPECT_TRUE(fs::exists(fs::path(env("HNR_SMB_GUEST_DIR")) / "flat" / "one"));
-    EXPECT_FALSE(fs::exists(fs::path(env("HNR_SMB_GUEST_DIR")) / "flat" / "t"));
+    EXPECT_TRUE(fs::exists(fs::path(smb.guestDir) / "flat" / "one"));
+    EXPECT_FALSE(fs::exists(fs::path(smb.guestDir) / "flat" / "t"));
     r = runBinary({"share", "size", guest + "\\flat", "one", "two"}, {});
     EXPECT_EQ("30\n", r.out);
     r = runBinary({"share", "rmdir", guest, "flat"}, {});
@@ -249,7 +244,7 @@ TEST_F(HnrctlSmbTest, EveryPathFormWorksAndErrorsComeInTheUsersForm)
     HnrctlRun r = run({"share", "mkdir", url + "/forms"});
     ASSERT_EQ(0, r.status) << r.err;
     EXPECT_EQ("created " + url + "/forms\n", r.out);
-    EXPECT_TRUE(fs::is_directory(fs::path(env("HNR_SMB_AUTH_DIR")) / "forms"));
+    EXPECT_TRUE(fs::is_directory(fs::path(smb.authDir) / "forms"));
 
     // -p: every missing parent, and an existing folder is no error.
     for (int i = 0; i < 2; ++i) {
@@ -258,7 +253,7 @@ TEST_F(HnrctlSmbTest, EveryPathFormWorksAndErrorsComeInTheUsersForm)
         EXPECT_EQ("created " + slash + "/forms/a/b\n", r.out);
         EXPECT_EQ("", r.err);
     }
-    EXPECT_TRUE(fs::is_directory(fs::path(env("HNR_SMB_AUTH_DIR")) / "forms" / "a" / "b"));
+    EXPECT_TRUE(fs::is_directory(fs::path(smb.authDir) / "forms" / "a" / "b"));
 
     // Without -p an existing folder is a failure, in the form of the operand.
     r = run({"share", "mkdir", slash + "/forms/a/b"});
@@ -335,7 +330,7 @@ TEST_F(HnrctlSmbTest, ListingIsSortedAndSizeCoversTheShareRoot)
 
     // The whole share, as on the server's disk (names beginning with '.' left out).
     std::uint64_t onDisk = 0;
-    for (fs::recursive_directory_iterator it(env("HNR_SMB_AUTH_DIR")), end; it != end; ++it) {
+    for (fs::recursive_directory_iterator it(smb.authDir), end; it != end; ++it) {
         if (it->path().filename().string()[0] == '.') {
             if (fs::is_directory(it->path()))
                 it.disable_recursion_pending();
@@ -437,22 +432,12 @@ TEST_F(HnrctlSmbTest, InterruptingAPutStopsTheToolAndExits130)
         out.put('!');
     }
     fs::path errFile = m_dir / "put.err";
-    std::vector<std::string> argvStrings = {HNRCTL_PATH, "share", "put", "-U", m_user, m_share, big.string()};
-    std::vector<char*> argv;
-    for (std::string& s : argvStrings)
-        argv.push_back(&s[0]);
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    pid_t pid = 0;
-    ASSERT_EQ(0, posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ));
-    posix_spawn_file_actions_destroy(&actions);
+    const pid_t pid =
+        spawnBinary({"share", "put", "-U", m_user, m_share, big.string()}, {}, "/dev/null", "/dev/null", errFile.string());
+    ASSERT_GT(pid, 0);
 
     // Wait until bytes have reached the share.
-    fs::path remote = fs::path(env("HNR_SMB_AUTH_DIR")) / "interrupt-me.bin";
+    fs::path remote = fs::path(smb.authDir) / "interrupt-me.bin";
     boost::system::error_code ec;
     for (int i = 0; i < 600 && !(fs::exists(remote, ec) && fs::file_size(remote, ec) > 0); ++i)
         usleep(50 * 1000);

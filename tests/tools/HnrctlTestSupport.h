@@ -54,16 +54,12 @@ inline std::string slurp(const std::string& file)
     return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
-// The binary as a child process. env: variables to set (an empty value
-// unsets); stdinFile: its standard input ("/dev/null" by default).
-inline HnrctlRun runBinary(const std::vector<std::string>& args, const std::map<std::string, std::string>& env = {},
-                           const std::string& stdinFile = "/dev/null")
+// Starts the binary as a child process and returns its pid (0 when it could
+// not start). env: variables to set (an empty value unsets); its standard
+// input comes from stdinFile, its output goes to outFile and errFile.
+inline pid_t spawnBinary(const std::vector<std::string>& args, const std::map<std::string, std::string>& env,
+                         const std::string& stdinFile, const std::string& outFile, const std::string& errFile)
 {
-    boost::filesystem::path dir = boost::filesystem::temp_directory_path() /
-                                  boost::filesystem::unique_path("hnrctl-run-%%%%%%%%");
-    boost::filesystem::create_directories(dir);
-    std::string outFile = (dir / "out").string(), errFile = (dir / "err").string();
-
     std::vector<std::string> envStrings;
     for (char** e = environ; *e; ++e) {
         std::string entry = *e;
@@ -91,16 +87,34 @@ inline HnrctlRun runBinary(const std::vector<std::string>& args, const std::map<
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 0, stdinFile.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    HnrctlRun run;
+    const int outFlags = outFile == "/dev/null" ? O_WRONLY : O_WRONLY | O_CREAT | O_TRUNC;
+    posix_spawn_file_actions_addopen(&actions, 1, outFile.c_str(), outFlags, 0600);
+    const int errFlags = errFile == "/dev/null" ? O_WRONLY : O_WRONLY | O_CREAT | O_TRUNC;
+    posix_spawn_file_actions_addopen(&actions, 2, errFile.c_str(), errFlags, 0600);
     pid_t pid = 0;
-    if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data()) == 0) {
+    if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data()) != 0)
+        pid = 0;
+    posix_spawn_file_actions_destroy(&actions);
+    return pid;
+}
+
+// The binary as a child process, run to its end. env: variables to set (an
+// empty value unsets); stdinFile: its standard input ("/dev/null" by default).
+inline HnrctlRun runBinary(const std::vector<std::string>& args, const std::map<std::string, std::string>& env = {},
+                           const std::string& stdinFile = "/dev/null")
+{
+    boost::filesystem::path dir = boost::filesystem::temp_directory_path() /
+                                  boost::filesystem::unique_path("hnrctl-run-%%%%%%%%");
+    boost::filesystem::create_directories(dir);
+    std::string outFile = (dir / "out").string(), errFile = (dir / "err").string();
+
+    HnrctlRun run;
+    const pid_t pid = spawnBinary(args, env, stdinFile, outFile, errFile);
+    if (pid > 0) {
         int wstatus = 0;
         if (waitpid(pid, &wstatus, 0) == pid)
             run.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : 128 + WTERMSIG(wstatus);
     }
-    posix_spawn_file_actions_destroy(&actions);
     run.out = slurp(outFile);
     run.err = slurp(errFile);
     boost::system::error_code ec;

@@ -19,6 +19,8 @@ bool isBlockEnd(const std::string& line)
            line.find(" blocks available") != std::string::npos;
 }
 
+bool isBlank(const std::string& line) { return line.find_first_not_of(" \t\r") == std::string::npos; }
+
 } // namespace
 
 std::vector<std::string> splitLines(const std::string& text)
@@ -133,6 +135,48 @@ std::vector<HNRListingBlock> parseListing(const std::string& output)
         }
     }
     return blocks;
+}
+
+bool isListingFailure(const std::string& line)
+{
+    return line.compare(0, 10, "NT_STATUS_") == 0 && line.find(" listing \\") != std::string::npos;
+}
+
+bool isListingLine(const std::string& line)
+{
+    HNRListingEntry entry;
+    return isBlank(line) || line[0] == '\\' || isBlockEnd(line) || isListingFailure(line) ||
+           parseListingEntry(line, entry);
+}
+
+std::vector<HNRListingResult> parseListingResults(const std::string& output)
+{
+    std::vector<HNRListingResult> results;
+    HNRListingResult current;
+    for (const std::string& line : splitLines(output)) {
+        HNRListingEntry entry;
+        if (isBlockEnd(line)) {
+            results.push_back(std::move(current));
+            current = HNRListingResult();
+        } else if (isListingFailure(line)) {
+            // Inside a block: a folder below could not be listed. Before
+            // any entry: the command itself listed nothing.
+            if (current.block.sections.empty()) {
+                current.failure = line;
+                results.push_back(std::move(current));
+                current = HNRListingResult();
+            } else {
+                current.block.failures.push_back(line);
+            }
+        } else if (!line.empty() && line[0] == '\\') {
+            current.block.sections.push_back(HNRListingSection{line, {}});
+        } else if (parseListingEntry(line, entry)) {
+            if (current.block.sections.empty())
+                current.block.sections.push_back(HNRListingSection());
+            current.block.sections.back().entries.push_back(std::move(entry));
+        }
+    }
+    return results;
 }
 
 } // namespace HNR

@@ -45,10 +45,28 @@ struct HNRListingBlock {
     const HNRListingEntry* matched() const;
     // Bytes of every file in the block ("." and ".." and folders count 0).
     std::uint64_t fileBytes() const;
+    // Lines of folders below the matched entry that could not be listed
+    // ("NT_STATUS_ACCESS_DENIED listing \dir\sub\*").
+    std::vector<std::string> failures;
 };
 
 // Splits the output of a script of "ls" commands into one block per command
 // that succeeded, in order.
 std::vector<HNRListingBlock> parseListing(const std::string& output);
+
+// What one "ls" command printed: its block, or the line that says why it
+// listed nothing ("NT_STATUS_NO_SUCH_FILE listing \dir\x").
+struct HNRListingResult {
+    HNRListingBlock block;
+    std::string failure;
+};
+// One result per "ls" command of the script, in order, failed ones included.
+std::vector<HNRListingResult> parseListingResults(const std::string& output);
+
+// True when line is a line "ls" prints: an entry, a folder header, a blank
+// line, a block's closing line, or a failure line of a listing.
+bool isListingLine(const std::string& line);
+// True for "NT_STATUS_X listing \...", the line of a listing that failed.
+bool isListingFailure(const std::string& line);
 
 } // namespace HNR

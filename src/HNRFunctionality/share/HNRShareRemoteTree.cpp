@@ -28,10 +28,13 @@ bool underHidden(const std::string& path)
     return false;
 }
 
-// Reads one listing block into path: the first section holds the entry the
-// name matched; each further section is a folder below it, headed by its
-// path from the share root ("\base\dir\sub").
-bool readBlock(const HNRListingBlock& block, const std::string& fromRoot, HNRShareRemotePath& path)
+} // namespace
+
+// The first section of a block holds the entry the name matched; each
+// further section is a folder below it, headed by its path from the share
+// root ("\base\dir\sub").
+bool HNRShareRemoteTree::readListed(const HNRListingBlock& block, const std::string& fromRoot,
+                                    HNRShareRemotePath& path)
 {
     const HNRListingEntry* entry = block.matched();
     if (!entry)
@@ -70,8 +73,6 @@ bool readBlock(const HNRListingBlock& block, const std::string& fromRoot, HNRSha
     return true;
 }
 
-} // namespace
-
 bool HNRShareRemoteTree::describe(const char* function, const std::vector<std::string>& names,
                                   const HNRShareLocation& loc)
 {
@@ -105,7 +106,7 @@ bool HNRShareRemoteTree::describe(const char* function, const std::vector<std::s
     }
     for (std::size_t i = 0; i < m_paths.size(); ++i) {
         const std::string fromRoot = HNRShareLocation::join(loc.folder(), m_paths[i].relative);
-        if (i >= blocks.size() || !readBlock(blocks[i], fromRoot, m_paths[i])) {
+        if (i >= blocks.size() || !readListed(blocks[i], fromRoot, m_paths[i])) {
             reportError(function, "Can't get path status '" + names[i] + "'");
             return false;
         }

@@ -10,6 +10,7 @@
 namespace HNR {
 
 class HNRShareLocation;
+struct HNRListingBlock;
 
 struct HNRShareRemotePath {
     std::string relative;      // slash form, relative to the location's folder
@@ -33,6 +34,10 @@ public:
     const std::vector<HNRShareRemotePath>& paths() const { return m_paths; }
     // smbclient runs the last describe() took.
     int runs() const { return m_runs; }
+    // Fills path from the block a recursive "ls" of it printed; fromRoot is
+    // its name from the share root, slash form. False when the block lists
+    // no matched entry.
+    static bool readListed(const HNRListingBlock& block, const std::string& fromRoot, HNRShareRemotePath& path);
 
 private:
     std::vector<HNRShareRemotePath> m_paths;

@@ -52,10 +52,22 @@ int HNRShareScript::add(const char* function, const std::string& fragments)
                                   fragments.substr(0, 200) + "...'");
         return -1;
     }
-    if (m_scripts.empty() || m_scripts.back().size() + fragments.size() > m_maxLength)
+    if (m_scripts.empty() || m_startNew || m_scripts.back().size() + fragments.size() > m_maxLength)
         m_scripts.push_back(m_head);
+    m_startNew = false;
     m_scripts.back() += fragments;
     return static_cast<int>(m_scripts.size()) - 1;
+}
+
+void HNRShareScript::changeHead(std::string head, const std::string& fragments)
+{
+    m_head = std::move(head);
+    if (m_scripts.empty())
+        return;
+    if (m_scripts.back().size() + fragments.size() <= m_maxLength)
+        m_scripts.back() += fragments;
+    else
+        m_startNew = true;
 }
 
 std::string HNRShareScript::list(const std::string& path) { return "; ls " + remoteQuote(path); }

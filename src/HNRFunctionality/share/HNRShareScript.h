@@ -22,6 +22,11 @@ public:
     // the script it went to, or -1 (message set, logged under function) when
     // it cannot fit even into a script of its own.
     int add(const char* function, const std::string& fragments);
+    // From now on new scripts start with head; fragments, which bring the
+    // current script to the same state ("; recurse"), end it when they fit
+    // (a script that has no room left simply ends, and the next one starts
+    // with head).
+    void changeHead(std::string head, const std::string& fragments);
     // The scripts, in order; none when nothing was added.
     const std::vector<std::string>& scripts() const { return m_scripts; }
     bool empty() const { return m_scripts.empty(); }
@@ -54,6 +59,7 @@ private:
     std::string m_head;
     std::size_t m_maxLength;
     std::vector<std::string> m_scripts;
+    bool m_startNew = false;
 };
 
 // name for a message: a NUL shown as "\0", so the message is not cut there.

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <exception>
 #include <map>
+#include <strings.h>
 #include <sys/stat.h>
 
 #include <boost/filesystem/operations.hpp>
@@ -20,6 +21,7 @@
 #include "share/HNRShareListing.h"
 #include "share/HNRShareLocation.h"
 #include "share/HNRShareRemoteTree.h"
+#include "share/HNRSharePaths.h"
 #include "share/HNRShareScript.h"
 #include "share/HNRShareTools.h"
 
@@ -188,6 +190,65 @@ std::size_t putsReported(const std::string& err)
     return done;
 }
 
+// True when a status line says the name is not there.
+bool saysMissing(const std::string& line)
+{
+    return line.find("NT_STATUS_NO_SUCH_FILE") != std::string::npos ||
+           line.find("NT_STATUS_OBJECT_NAME_NOT_FOUND") != std::string::npos ||
+           line.find("NT_STATUS_OBJECT_PATH_NOT_FOUND") != std::string::npos;
+}
+
+// Compares every put file with what the listing commands at the end of the
+// put printed (output: one result per top, in order).
+bool confirmPut(const char* function, const std::string& prefix, const PutPlan& plan, const HNRShareLocation& loc,
+                const std::string& output)
+{
+    const std::vector<HNRListingResult> results = parseListingResults(output);
+    if (results.size() != plan.tops.size()) {
+        reportError(function, prefix + "can't list what was put: " + std::to_string(results.size()) +
+                                  " listings for " + std::to_string(plan.tops.size()) + " names");
+        return false;
+    }
+    std::map<std::string, std::uint64_t> listed;
+    for (std::size_t t = 0; t < plan.tops.size(); ++t) {
+        const std::string& top = plan.tops[t];
+        const HNRListingResult& result = results[t];
+        if (!result.failure.empty() && saysMissing(result.failure)) {
+            reportError(function, prefix + "'" + top + "' is missing on the share after the put");
+            return false;
+        }
+        const std::string failure = !result.failure.empty() ? result.failure
+                                    : result.block.failures.empty() ? std::string()
+                                                                    : result.block.failures.front();
+        if (!failure.empty()) {
+            reportError(function, prefix + "can't list '" + top + "' after the put: " + explainStatus(failure));
+            return false;
+        }
+        HNRShareRemotePath path;
+        path.relative = HNRShareLocation::relative(top);
+        if (!HNRShareRemoteTree::readListed(result.block, HNRShareLocation::join(loc.folder(), path.relative),
+                                            path)) {
+            reportError(function, prefix + "'" + top + "' is missing on the share after the put");
+            return false;
+        }
+        for (const auto& file : path.files)
+            listed[HNRShareLocation::join(path.relative, file.first)] = file.second;
+    }
+    for (const PutItem& item : plan.items) {
+        auto it = listed.find(HNRShareLocation::relative(item.remote));
+        if (it == listed.end()) {
+            reportError(function, prefix + "'" + item.remote + "' is missing on the share after the put");
+            return false;
+        }
+        if (it->second != item.size) {
+            reportError(function, prefix + "'" + item.remote + "' has " + std::to_string(it->second) + " of " +
+                                      std::to_string(item.size) + " bytes on the share");
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 std::string explainStatus(const std::string& text)
@@ -230,38 +291,51 @@ void HNRShareTransfer::finish()
 
 HNRShareTransfer::End HNRShareTransfer::run(const HNRShareLocation& loc, const std::string& script,
                                             const std::function<std::uint64_t(const GenExec&)>& measure,
-                                            std::string& detail)
+                                            std::string& detail,
+                                            const std::function<bool(const std::string&)>& expected)
 {
+    using Clock = std::chrono::steady_clock;
     detail.clear();
     m_stderr.clear();
+    m_stdout.clear();
     HWExec runner;
     std::string unused;
     ++m_runs;
     if (!loc.run(script, unused, &runner))
         return End::StartError;
+    // Computations are due by the clock, not by lines: a listing at the end
+    // of a script prints many lines in a few milliseconds.
     const int period = m_progress && m_progress->period > 1 ? m_progress->period : 1;
-    int counter = 0;
+    const auto interval = std::chrono::milliseconds(period * kPollUnits * GenExec::kGetsUnitMs);
+    Clock::time_point due = Clock::now();
     int finished = 1;
     while (finished) {
-        if (m_progress && counter <= 0) {
-            update(percentOf(m_doneBytes + measure(runner), m_total));
-            counter = period;
+        int units = kPollUnits;
+        if (m_progress) {
+            if (Clock::now() >= due) {
+                update(percentOf(m_doneBytes + measure(runner), m_total));
+                due = Clock::now() + interval;
+            }
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(due - Clock::now()).count();
+            units = static_cast<int>(std::min<long long>(
+                kPollUnits, std::max<long long>(1, (left + GenExec::kGetsUnitMs - 1) / GenExec::kGetsUnitMs)));
         }
-        std::string line = runner.getsWTimeout(kPollUnits, &finished);
-        // Every standard-output line of smbclient is a failure; the runner's
-        // destructor kills the tool.
-        if (!line.empty() && finished) {
+        std::string line = runner.getsWTimeout(units, &finished);
+        // Every other standard-output line of smbclient is a failure; the
+        // runner's destructor kills the tool.
+        if (!line.empty() && finished && !(expected && expected(line))) {
             detail = line;
             m_stderr = runner.getOutput(GenExec::OUTPUT_STDERR);
             return End::FailureLine;
         }
-        --counter;
     }
     const int rc = runner.wait();
     const std::string runnerError = rc != 0 ? getErrorMessage() : std::string();
     m_stderr = runner.getOutput(GenExec::OUTPUT_STDERR);
-    const std::string status = statusLine(runner.getOutput(GenExec::OUTPUT_ALL));
-    if (rc != 0) {
+    m_stdout = runner.getOutput(GenExec::OUTPUT_STDOUT);
+    // smbclient exits with the status of its last command: 1 after a last
+    // listing that failed, which the caller reads from the listing.
+    if (rc != 0 && !(expected && rc == 1 && isListingFailure(lastLine(m_stdout)))) {
         std::string why = runnerError;
         const std::string err = lastLine(m_stderr);
         if (!err.empty())
@@ -271,6 +345,7 @@ HNRShareTransfer::End HNRShareTransfer::run(const HNRShareLocation& loc, const s
     }
     // smbclient may exit 0 with the reason only on standard error
     // ("parallel_read returned NT_STATUS_DISK_FULL").
+    const std::string status = statusLine(expected ? m_stderr : runner.getOutput(GenExec::OUTPUT_ALL));
     if (!status.empty()) {
         detail = explainStatus(status);
         return End::Status;
@@ -308,9 +383,42 @@ bool HNRShareConnection::putFiles(const std::vector<std::string>& files, const H
         std::uint64_t total = 0;
         for (const PutItem& item : plan.items)
             total += item.size;
+        // The confirming listing rides at the end of the last transfer run:
+        // no connection of its own. It spills into a run of its own only
+        // when the last script has no room left.
+        int firstListRun = -1;
+        if (!plan.items.empty()) {
+            plan.script.changeHead("prompt off; recurse", "; recurse");
+            for (const std::string& top : plan.tops) {
+                const int run = plan.script.add(kFunction, HNRShareScript::list(top));
+                if (run < 0)
+                    return false;
+                if (firstListRun < 0)
+                    firstListRun = run;
+            }
+        }
+        std::vector<std::string> headers; // "\folder\top" of every top, from the share root
+        for (const std::string& top : plan.tops)
+            headers.push_back("\\" + toBackslashes(HNRShareLocation::join(loc.folder(), top)));
+        const auto listingLine = [&headers](const std::string& line) {
+            if (!isListingLine(line))
+                return false;
+            if (line.empty() || line[0] != '\\')
+                return true;
+            // Shares compare names without case; the server may spell them its way.
+            for (const std::string& header : headers)
+                if (line.size() >= header.size() && ::strncasecmp(line.c_str(), header.c_str(), header.size()) == 0 &&
+                    (line.size() == header.size() || line[header.size()] == '\\'))
+                    return true;
+            return false;
+        };
+        // The file being written is listed for progress only when it can
+        // move the figure: small files count when smbclient reports them.
+        const std::uint64_t worthListing = std::max<std::uint64_t>(total / 100, 1 << 20);
 
         HNRShareTransfer transfer(progress, total);
         const std::string prefix = "Can't put file(s) on share '" + params.path + "': ";
+        std::string listed; // what the listing commands printed
         std::size_t first = 0; // first item of the current run
         for (std::size_t r = 0; r < plan.script.scripts().size(); ++r) {
             std::size_t last = first;
@@ -330,7 +438,7 @@ bool HNRShareConnection::putFiles(const std::vector<std::string>& files, const H
                 const bool look = started;
                 started = true;
                 std::string output;
-                if (look && i < last && plan.items[i].size > 0 &&
+                if (look && i < last && plan.items[i].size >= worthListing &&
                     listTolerant(loc, "prompt off" + HNRShareScript::list(plan.items[i].remote), output)) {
                     const std::vector<HNRListingBlock> blocks = parseListing(output);
                     if (!blocks.empty())
@@ -338,8 +446,10 @@ bool HNRShareConnection::putFiles(const std::vector<std::string>& files, const H
                 }
                 return bytes;
             };
+            const bool lists = firstListRun >= 0 && static_cast<int>(r) >= firstListRun;
             std::string detail;
-            switch (transfer.run(loc, plan.script.scripts()[r], measure, detail)) {
+            switch (transfer.run(loc, plan.script.scripts()[r], measure, detail,
+                                 lists ? std::function<bool(const std::string&)>(listingLine) : nullptr)) {
             case HNRShareTransfer::End::StartError:
                 return failWithCurrentMessage(kFunction);
             case HNRShareTransfer::End::FailureLine:
@@ -357,35 +467,16 @@ bool HNRShareConnection::putFiles(const std::vector<std::string>& files, const H
             case HNRShareTransfer::End::Finished:
                 break;
             }
+            if (lists)
+                listed += transfer.lastStandardOutput();
             for (std::size_t i = first; i < last; ++i)
                 transfer.done(plan.items[i].size);
             first = last;
         }
 
         // The share must list every file with the size it has here.
-        if (!plan.items.empty()) {
-            HNRShareRemoteTree tree;
-            if (!tree.describe(kFunction, plan.tops, loc)) {
-                reportError(kFunction, prefix + "can't list what was put: " + getErrorMessage());
-                return false;
-            }
-            std::map<std::string, std::uint64_t> listed;
-            for (const HNRShareRemotePath& path : tree.paths())
-                for (const auto& file : path.files)
-                    listed[HNRShareLocation::join(path.relative, file.first)] = file.second;
-            for (const PutItem& item : plan.items) {
-                auto it = listed.find(HNRShareLocation::relative(item.remote));
-                if (it == listed.end()) {
-                    reportError(kFunction, prefix + "'" + item.remote + "' is missing on the share after the put");
-                    return false;
-                }
-                if (it->second != item.size) {
-                    reportError(kFunction, prefix + "'" + item.remote + "' has " + std::to_string(it->second) +
-                                               " of " + std::to_string(item.size) + " bytes on the share");
-                    return false;
-                }
-            }
-        }
+        if (!plan.items.empty() && !confirmPut(kFunction, prefix, plan, loc, listed))
+            return false;
         transfer.finish();
         return true;
     } catch (const std::exception& e) {

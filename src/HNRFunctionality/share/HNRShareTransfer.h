@@ -28,13 +28,20 @@ public:
     HNRShareTransfer(HNRShareConnection::Progress* progress, std::uint64_t total);
 
     // Runs script on loc to its end. measure(runner) gives the bytes of this
-    // run done so far, when a progress computation is due; bytes of earlier runs
-    // are added with done(). detail: the failure line, or the status line,
-    // or the runner's message with smbclient's last line on standard error.
+    // run done so far, when a progress computation is due (at the start, then
+    // every period x 6 polling units); bytes of earlier runs are added with
+    // done(). detail: the failure line, or the status line, or the runner's
+    // message with smbclient's last line on standard error. expected, when
+    // given, names the standard-output lines the script prints on success (a
+    // listing at its end): those are no failure, a status name in them is
+    // left to the caller, and so is an exit status of 1 after a last line
+    // that says a listing failed.
     End run(const HNRShareLocation& loc, const std::string& script,
-            const std::function<std::uint64_t(const GenExec&)>& measure, std::string& detail);
-    // The standard error text of the last run.
+            const std::function<std::uint64_t(const GenExec&)>& measure, std::string& detail,
+            const std::function<bool(const std::string&)>& expected = nullptr);
+    // The standard error and standard output texts of the last run.
     const std::string& lastStandardError() const { return m_stderr; }
+    const std::string& lastStandardOutput() const { return m_stdout; }
     // Adds bytes finished by a run.
     void done(std::uint64_t bytes) { m_doneBytes += bytes; }
     // 100, once, after everything was checked.
@@ -50,6 +57,7 @@ private:
     double m_last = 0.0;
     int m_runs = 0;
     std::string m_stderr;
+    std::string m_stdout;
 };
 
 // "NT_STATUS_X ..." with the table's message added: "... (message)".

@@ -43,16 +43,18 @@ protected:
     HNRShareParams params(const std::string& path) { return HNRShareParams(path, "DOM\\user", kPassword); }
     std::string mnt(int n) { return mountRoot() + std::to_string(n); }
 
-    // A put is checked against a listing of what arrived: this smbclient
-    // keeps the script of a put run (putScript()), waits putSeconds in it, and
-    // answers every listing with the text given.
+    // A put is checked against a listing of what arrived, at the end of its
+    // last run: this smbclient keeps the script of a put run (putScript()),
+    // waits putSeconds in it, and answers every listing with the text given.
     void smbclientWithListing(const std::string& listing, int putSeconds = 0)
     {
         ASSERT_EQ(::unlink((bin + "/smbclient").c_str()), 0);
         std::ofstream(tmp / "listing") << listing;
         std::ofstream(bin + "/smbclient") << "#!/bin/sh\nfor a; do last=\"$a\"; done\ncase \"$last\" in\n"
                                           << "  *\"; put \"*) printf '%s' \"$last\" > '" << tmp / "put.script"
-                                          << "'; sleep " << putSeconds << " ;;\n"
+                                          << "'; sleep " << putSeconds << "\n"
+                                          << "    case \"$last\" in *\"; ls \"*) cat '" << tmp / "listing"
+                                          << "' ;; esac ;;\n"
                                           << "  *\"; ls \"*) cat '" << tmp / "listing" << "' ;;\nesac\nexit 0\n";
         ASSERT_EQ(::chmod((bin + "/smbclient").c_str(), 0755), 0);
     }
@@ -294,7 +296,31 @@ TEST_F(HNRShareConnectionTest, PutWithTopDirsMakesTheFolder)
     ASSERT_TRUE(HNRShareConnection::putFiles({top, single}, params("\\\\srv\\share"), true, nullptr))
         << getErrorMessage();
     EXPECT_EQ(putScript(), "prompt off; mkdir \"top\\\"; put \"" + top + "/a\" \"top\\a\"; put \"" + single +
-                            "\" \"single\"");
+                            "\" \"single\"; recurse; ls \"top\"; ls \"single\"");
+}
+
+// The check listing runs in the put's own run; what it says decides.
+TEST_F(HNRShareConnectionTest, PutFailsWhenTheCheckListingMissesAFile)
+{
+    const std::string single = tmp / "single";
+    std::ofstream(single) << "s";
+    smbclientWithListing("NT_STATUS_NO_SUCH_FILE listing \\single\n");
+    EXPECT_FALSE(HNRShareConnection::putFiles({single}, params("\\\\srv\\share"), true, nullptr));
+    EXPECT_EQ(getErrorMessage(), "Can't put file(s) on share '\\\\srv\\share': 'single' is missing on the share after the put");
+    EXPECT_TRUE(logged(1, "[putFiles] " + getErrorMessage()));
+}
+
+TEST_F(HNRShareConnectionTest, PutFailsWhenTheCheckListingShowsFewerBytes)
+{
+    const std::string top = tmp / "top";
+    ASSERT_EQ(::mkdir(top.c_str(), 0755), 0);
+    std::ofstream(top + "/a") << "aaa";
+    smbclientWithListing(entry("top", "D", 0) + "\n\\top\n" + entry("a", "N", 2) + blockEnd());
+    Recorder progress;
+    EXPECT_FALSE(HNRShareConnection::putFiles({top}, params("\\\\srv\\share"), true, &progress));
+    EXPECT_EQ(getErrorMessage(), "Can't put file(s) on share '\\\\srv\\share': 'top/a' has 2 of 3 bytes on the share");
+    for (double v : progress.values)
+        EXPECT_LT(v, 100.0);
 }
 
 TEST_F(HNRShareConnectionTest, PutOfAMissingLocalFileRunsNothing)

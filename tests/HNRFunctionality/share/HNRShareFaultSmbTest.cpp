@@ -39,7 +39,7 @@ protected:
         auto start = Clock::now();
         while (fileSize(watched) < 20u * 1048576 && Clock::now() - start < std::chrono::seconds(30))
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        const int smbd = std::atoi(HNRTest::env("HNR_SMB_SMBD_PID").c_str());
+        const int smbd = smb.smbdPid;
         for (int child : childrenOf(smbd))
             if (!before.count(child))
                 ::kill(child, SIGKILL);
@@ -50,7 +50,7 @@ protected:
 TEST_F(HNRShareFaultSmbTest, ServerKilledDuringAPut)
 {
     HNRTest::writeBytes(local / "big put", 500u * 1048576, 11);
-    const int smbd = std::atoi(HNRTest::env("HNR_SMB_SMBD_PID").c_str());
+    const int smbd = smb.smbdPid;
     const std::set<int> before = childrenOf(smbd);
     ProgressRecorder progress;
     progress.onProgress = [&](double) { killServerOnceGrown(guestDir + "/big put", before); };
@@ -67,7 +67,7 @@ TEST_F(HNRShareFaultSmbTest, ServerKilledDuringAPut)
 TEST_F(HNRShareFaultSmbTest, ServerKilledDuringAGet)
 {
     HNRTest::writeBytes(guestDir + "/big get", 500u * 1048576, 12);
-    const int smbd = std::atoi(HNRTest::env("HNR_SMB_SMBD_PID").c_str());
+    const int smbd = smb.smbdPid;
     const std::set<int> before = childrenOf(smbd);
     ProgressRecorder progress;
     progress.onProgress = [&](double) { killServerOnceGrown(local / "big get", before); };

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <cstdio>
+#include <fstream>
 #include <functional>
 #include <sched.h>
 #include <sys/mount.h>
@@ -144,6 +146,52 @@ TEST_F(HNRShareIntegritySmbTest, PutAndGetOfThreeThousandFilesInSixtyFolders)
     for (int i = 0; i < 1500; ++i)
         expected += static_cast<std::uint64_t>(i * 37 % 4096);
     EXPECT_EQ(total, expected);
+}
+
+// The check of a put rides in its last transfer run: a put that fits in one
+// script is one smbclient run, checked all the same.
+TEST_F(HNRShareIntegritySmbTest, PutIsOneRunAndStillChecked)
+{
+    // A counting smbclient first on PATH.
+    const std::string bin = local / "bin";
+    const std::string runs = local / "runs";
+    ASSERT_EQ(::mkdir(bin.c_str(), 0755), 0);
+    std::string real;
+    for (const char* dir : {"/usr/bin", "/usr/local/bin", "/bin"})
+        if (real.empty() && exists(std::string(dir) + "/smbclient"))
+            real = std::string(dir) + "/smbclient";
+    ASSERT_FALSE(real.empty());
+    std::ofstream(bin + "/smbclient") << "#!/bin/sh\necho run >>'" << runs << "'\nexec '" << real << "' \"$@\"\n";
+    ASSERT_EQ(::chmod((bin + "/smbclient").c_str(), 0755), 0);
+    const std::string path = HNRTest::env("PATH");
+    ASSERT_EQ(::setenv("PATH", (bin + ":" + path).c_str(), 1), 0);
+    const auto countRuns = [&runs] {
+        std::ifstream in(runs);
+        std::string line;
+        int n = 0;
+        while (std::getline(in, line))
+            ++n;
+        std::remove(runs.c_str());
+        return n;
+    };
+
+    HNRTest::writeBytes(local / "one.bin", 3 * 1024 * 1024 + 7, 5);
+    ProgressRecorder one;
+    EXPECT_TRUE(HNRShareConnection::putFiles({local / "one.bin"}, auth(), false, &one)) << getErrorMessage();
+    EXPECT_EQ(countRuns(), 1);
+    one.expectMonotonicEndingAt100();
+    EXPECT_EQ(HNRTest::fnv1a(authDir + "/one.bin"), HNRTest::fnv1a(local / "one.bin"));
+
+    const std::string tree = local / "tree";
+    ASSERT_EQ(::mkdir(tree.c_str(), 0755), 0);
+    HNRTest::makeTree(tree);
+    ProgressRecorder many;
+    EXPECT_TRUE(HNRShareConnection::putFiles({tree}, auth(), true, &many)) << getErrorMessage();
+    EXPECT_EQ(countRuns(), 1);
+    many.expectMonotonicEndingAt100();
+    EXPECT_EQ(checksums(authDir + "/tree"), checksums(tree));
+
+    ASSERT_EQ(::setenv("PATH", path.c_str(), 1), 0);
 }
 
 TEST_F(HNRShareIntegritySmbTest, NulInAnyNameIsRefused)

@@ -138,4 +138,54 @@ TEST(HNRShareListingTest, AFailedCommandLeavesNoBlock)
     EXPECT_TRUE(blocks.empty());
 }
 
+// ---- one result per ls command, failed ones included (smbclient 4.17 text) --
+
+namespace more {
+
+const char kEnd[] = "\t\t264212084 blocks of size 1024. 74706392 blocks available";
+
+TEST(HNRShareListingTest, ResultsKeepTheOrderOfTheCommandsFailedOnesIncluded)
+{
+    const std::string output = std::string("  g                                   N        2  Sun Nov 22 17:54:12 2026\n\n") +
+                               kEnd + "\nNT_STATUS_NO_SUCH_FILE listing \\d\\missing\n" +
+                               "  sub                                 D        0  Sun Nov 22 17:54:12 2026\n\n\\d\\sub\n" +
+                               "  .                                   D        0  Sun Nov 22 17:54:12 2026\n" +
+                               "  f                                   N        3  Sun Nov 22 17:54:12 2026\n\n" + kEnd +
+                               "\n";
+    const std::vector<HNR::HNRListingResult> results = HNR::parseListingResults(output);
+    ASSERT_EQ(results.size(), 3u);
+    EXPECT_TRUE(results[0].failure.empty());
+    ASSERT_NE(results[0].block.matched(), nullptr);
+    EXPECT_EQ(results[0].block.matched()->name, "g");
+    EXPECT_EQ(results[1].failure, "NT_STATUS_NO_SUCH_FILE listing \\d\\missing");
+    EXPECT_EQ(results[1].block.matched(), nullptr);
+    EXPECT_TRUE(results[2].failure.empty());
+    EXPECT_EQ(results[2].block.fileBytes(), 3u);
+    ASSERT_EQ(results[2].block.sections.size(), 2u);
+    EXPECT_EQ(results[2].block.sections[1].folder, "\\d\\sub");
+    for (const std::string& line : HNR::splitLines(output))
+        EXPECT_TRUE(HNR::isListingLine(line)) << line;
+}
+
+TEST(HNRShareListingTest, AFolderBelowThatCannotBeListedStaysInItsBlock)
+{
+    const std::string output = std::string("  sub                                 D        0  Sun Nov 22 17:54:12 2026\n") +
+                               "NT_STATUS_ACCESS_DENIED listing \\d\\sub\\*\n\n" + kEnd + "\n";
+    const std::vector<HNR::HNRListingResult> results = HNR::parseListingResults(output);
+    ASSERT_EQ(results.size(), 1u);
+    EXPECT_TRUE(results[0].failure.empty());
+    EXPECT_EQ(results[0].block.failures, std::vector<std::string>{"NT_STATUS_ACCESS_DENIED listing \\d\\sub\\*"});
+}
+
+TEST(HNRShareListingTest, TransferFailuresAreNoListingLines)
+{
+    EXPECT_FALSE(HNR::isListingLine("NT_STATUS_ACCESS_DENIED opening remote file \\f"));
+    EXPECT_FALSE(HNR::isListingLine("/tmp/x does not exist"));
+    EXPECT_FALSE(HNR::isListingLine("NT_STATUS_OBJECT_NAME_COLLISION making remote directory \\d\\"));
+    EXPECT_FALSE(HNR::isListingFailure("NT_STATUS_ACCESS_DENIED opening remote file \\f"));
+    EXPECT_TRUE(HNR::isListingFailure("NT_STATUS_NO_SUCH_FILE listing \\d\\missing"));
+}
+
+} // namespace more
+
 } // namespace

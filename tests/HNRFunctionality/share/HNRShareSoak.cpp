@@ -41,6 +41,7 @@
 #include "HNKFramework/ProcessChecks.h"
 #include "share/HNRShare.h"
 #include "share/HNRStaticConnections.h"
+#include "smbd/SmbServer.h"
 
 namespace fs = boost::filesystem;
 using Clock = std::chrono::steady_clock;
@@ -163,9 +164,9 @@ void printFigures(const char* what, const Figures& f, int rounds)
 }
 
 struct Campaign {
-    std::string share = env("HNR_SMB_GUEST_SHARE");
-    std::string shareDir = env("HNR_SMB_GUEST_DIR");
-    int smbd = std::atoi(env("HNR_SMB_SMBD_PID").c_str());
+    std::string share = HNRTest::SmbServer::get().guestShare;
+    std::string shareDir = HNRTest::SmbServer::get().guestDir;
+    int smbd = HNRTest::SmbServer::get().smbdPid;
     std::string local;
     std::uint64_t bytes;
 

@@ -135,7 +135,7 @@ TEST_F(HNRShareToolsSmbTest, PasswordWithScriptAndOptionCharactersWorks)
     auto setPassword = [&](const std::string& pw) {
         HWExec exec;
         return exec.execWithOutputError({"sh", "-c", "printf '%s\\n%s\\n' \"$1\" \"$1\" | smbpasswd -c \"$2\" -s \"$3\"",
-                                         "sh", pw, env("HNR_SMB_CONF"), user},
+                                         "sh", pw, smb.conf, user},
                                         0, HNR::kToolTimeout);
     };
     ASSERT_EQ(setPassword(special), 0) << getErrorMessage();

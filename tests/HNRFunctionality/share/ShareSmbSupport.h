@@ -18,6 +18,7 @@
 #include "HNRFunctionality/share/ShareTestSupport.h"
 #include "share/HNRShare.h"
 #include "share/HNRShareParams.h"
+#include "smbd/SmbServer.h"
 
 namespace HNRTest {
 
@@ -122,17 +123,17 @@ inline std::uint64_t makeTree(const std::string& root)
     return total;
 }
 
-class SmbFixture : public ::testing::Test {
+class SmbFixture : public SmbServerTest {
 protected:
     void SetUp() override
     {
-        ASSERT_FALSE(env("HNR_SMB_GUEST_SHARE").empty()) << "run this test through scripts/with-smbd";
-        guestShare = env("HNR_SMB_GUEST_SHARE");
-        guestDir = env("HNR_SMB_GUEST_DIR");
-        authShare = env("HNR_SMB_AUTH_SHARE");
-        authDir = env("HNR_SMB_AUTH_DIR");
-        user = env("HNR_SMB_USER");
-        password = env("HNR_SMB_PASSWORD");
+        SmbServerTest::SetUp();
+        guestShare = smb.guestShare;
+        guestDir = smb.guestDir;
+        authShare = smb.authShare;
+        authDir = smb.authDir;
+        user = smb.user;
+        password = smb.password;
     }
     void TearDown() override
     {
