@@ -557,6 +557,25 @@ struct HNKMessageIterator::Tree {
         xml_node_struct* from;
     };
     std::vector<Link> links;
+    // What the cursors' caches (Caches) check before use: `serial` is this
+    // tree's alone; `childGen` changes whenever any element gains or loses
+    // element children, `scopeGen` whenever a namespace declaration is added
+    // or elements go (their memory may come back as other elements). Only
+    // changed by the one document owning the tree, like the tree itself.
+    const unsigned long long serial = nextSerial();
+    unsigned long childGen = 0;
+    unsigned long scopeGen = 0;
+
+    static unsigned long long nextSerial()
+    {
+        static std::atomic<unsigned long long> last{0};
+        return last.fetch_add(1, std::memory_order_relaxed) + 1;
+    }
+    void restructured()
+    {
+        ++childGen;
+        ++scopeGen;
+    }
 
     Tree() = default;
     Tree(const Tree&) = delete;
@@ -578,6 +597,7 @@ struct HNKMessageIterator::Tree {
     {
         std::vector<Link> pending;
         pending.swap(links);
+        restructured();
         for (const Link& l : pending) {
             xml_node to(l.placeholder), from(l.from);
             if (*from.value()) // leading text a parsed element keeps in itself
@@ -638,6 +658,191 @@ struct HNKMessageIterator::Document {
         return at.internal_object();
     }
 };
+
+// Per cursor: the element children of one element by local name, and the
+// namespace scope of one element (prefixes resolved there, the last type
+// stamp given to a child). Records gets and puts ask an element for a dozen
+// children by name and stamp list items alike, so without these each lookup
+// is a scan of the children and each stamp a walk over the ancestors.
+struct HNKMessageIterator::Caches {
+    // Beyond this many children the index is not built: a scan finds the
+    // first of a list of many items at once, and nobody asks a list for
+    // several names.
+    static const size_t kMaxIndexed = 256;
+
+    struct Entry {
+        uint64_t head; // the first (up to) 8 bytes of the name
+        size_t length;
+        const char* name;
+        xml_node_struct* node;
+    };
+
+    unsigned long long indexSerial = 0;
+    xml_node_struct* indexParent = nullptr;
+    unsigned long indexGen = 0;
+    bool indexed = false; // false: too many children, scanned instead
+    std::vector<Entry> entries; // the first child of each local name
+    uint64_t bloom[2] = {0, 0};
+    size_t hint = 0; // lookups mostly follow document order
+
+    unsigned long long scopeSerial = 0;
+    xml_node_struct* scopeElement = nullptr;
+    unsigned long scopeGen = 0;
+    std::vector<std::pair<std::string, const char*>> prefixes; // prefix -> URI (nullptr: unbound)
+    std::string stampUri, stampPrefix, stampAttribute;       // no stamp while stampAttribute is ""
+    std::string scratch;
+
+    // With the length, the whole of a name up to 8 bytes: fixed-size loads
+    // (two overlapping ones from 4 to 7 bytes).
+    static uint64_t headOf(const char* name, size_t length)
+    {
+        uint64_t h = 0;
+        if (length >= 8) {
+            std::memcpy(&h, name, 8);
+        } else if (length >= 4) {
+            uint32_t first, last;
+            std::memcpy(&first, name, 4);
+            std::memcpy(&last, name + length - 4, 4);
+            h = first | static_cast<uint64_t>(last) << 32;
+        } else {
+            for (size_t i = 0; i < length; ++i)
+                h |= static_cast<uint64_t>(static_cast<unsigned char>(name[i])) << (8 * i);
+        }
+        return h;
+    }
+
+    // One bit per name in 128: most misses (a writer asking for a child it
+    // is about to append) end here.
+    static unsigned bitOf(uint64_t head, size_t length)
+    {
+        uint64_t x = (head ^ (length * 0x9E3779B97F4A7C15ull)) * 0xFF51AFD7ED558CCDull;
+        return static_cast<unsigned>(x >> 57);
+    }
+
+    void clear()
+    {
+        entries.clear();
+        bloom[0] = bloom[1] = 0;
+        hint = 0;
+    }
+
+    xml_node_struct* find(const char* tag, size_t length)
+    {
+        const uint64_t h = headOf(tag, length);
+        const unsigned bit = bitOf(h, length);
+        if (!(bloom[bit >> 6] & (1ull << (bit & 63))))
+            return nullptr;
+        const size_t n = entries.size();
+        for (size_t k = 0, i = hint; k < n; ++k, ++i) {
+            if (i >= n)
+                i = 0;
+            const Entry& e = entries[i];
+            if (e.head == h && e.length == length &&
+                (length <= 8 || std::memcmp(e.name + 8, tag + 8, length - 8) == 0)) {
+                hint = i + 1;
+                return e.node;
+            }
+        }
+        return nullptr;
+    }
+
+    // False when the index grew too large (then it is dropped).
+    bool add(const char* name, xml_node_struct* node)
+    {
+        size_t length = std::strlen(name);
+        if (find(name, length))
+            return true; // the first child of a name stays the one found
+        if (entries.size() >= kMaxIndexed) {
+            indexed = false;
+            clear();
+            return false;
+        }
+        const uint64_t h = headOf(name, length);
+        const unsigned bit = bitOf(h, length);
+        bloom[bit >> 6] |= 1ull << (bit & 63);
+        entries.push_back(Entry{h, length, name, node});
+        return true;
+    }
+};
+
+xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
+{
+    const Tree& t = *doc_->tree;
+    if (!caches_)
+        caches_.reset(new Caches);
+    Caches& c = *caches_;
+    if (c.indexSerial != t.serial || c.indexParent != node_ || c.indexGen != t.childGen) {
+        c.indexSerial = t.serial;
+        c.indexParent = node_;
+        c.indexGen = t.childGen;
+        c.clear();
+        c.indexed = true;
+        for (xml_node ch = nodeOf(node_).first_child(); ch; ch = ch.next_sibling())
+            if (ch.type() == pugi::node_element &&
+                !c.add(t.prefixedNames ? localName(ch.name()) : ch.name(), ch.internal_object()))
+                break;
+    }
+    if (c.indexed)
+        return c.find(tag, std::strlen(tag));
+    xml_node parent = nodeOf(node_);
+    if (!t.prefixedNames) {
+        for (xml_node ch = parent.child(tag); ch; ch = ch.next_sibling(tag))
+            if (ch.type() == pugi::node_element)
+                return ch.internal_object();
+        return nullptr;
+    }
+    for (xml_node ch = parent.first_child(); ch; ch = ch.next_sibling())
+        if (ch.type() == pugi::node_element && nameMatches(ch.name(), tag))
+            return ch.internal_object();
+    return nullptr;
+}
+
+void HNKMessageIterator::noteCreated(xml_node_struct* parent, xml_node_struct* child)
+{
+    Tree& t = *doc_->tree;
+    const unsigned long before = t.childGen++;
+    if (!caches_)
+        return;
+    Caches& c = *caches_;
+    if (c.indexed && c.indexSerial == t.serial && c.indexParent == parent && c.indexGen == before &&
+        c.add(nodeOf(child).name(), child)) // created names carry no prefix
+        c.indexGen = t.childGen;
+}
+
+HNKMessageIterator::Caches& HNKMessageIterator::scopeCache(xml_node_struct* scope) const
+{
+    const Tree& t = *doc_->tree;
+    if (!caches_)
+        caches_.reset(new Caches);
+    Caches& c = *caches_;
+    if (c.scopeSerial != t.serial || c.scopeElement != scope || c.scopeGen != t.scopeGen) {
+        c.scopeSerial = t.serial;
+        c.scopeElement = scope;
+        c.scopeGen = t.scopeGen;
+        c.prefixes.clear();
+        c.stampAttribute.clear();
+    }
+    return c;
+}
+
+const char* HNKMessageIterator::resolvePrefix(xml_node_struct* at, const char* prefix, size_t len) const
+{
+    xml_node el = nodeOf(at);
+    for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute())
+        if (std::strncmp(a.name(), "xmlns", 5) == 0)
+            return lookupPrefix(el, prefix, len); // declares bindings itself
+    xml_node parent = el.parent();
+    if (parent.type() != pugi::node_element)
+        return lookupPrefix(el, prefix, len);
+    Caches& c = scopeCache(parent.internal_object());
+    std::string_view p(prefix, len);
+    for (const auto& known : c.prefixes)
+        if (known.first == p)
+            return known.second;
+    const char* uri = lookupPrefix(parent, prefix, len);
+    c.prefixes.emplace_back(std::string(p), uri);
+    return uri;
+}
 
 void HNKMessageIterator::attach(const boost::shared_ptr<Document>& doc)
 {
@@ -842,17 +1047,7 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
     if (!node_ || !tag || !*tag)
         return nullptr;
     settled();
-    xml_node parent = nodeOf(node_);
-    if (!doc_->tree->prefixedNames) {
-        for (xml_node c = parent.child(tag); c; c = c.next_sibling(tag))
-            if (c.type() == pugi::node_element)
-                return c.internal_object();
-        return nullptr;
-    }
-    for (xml_node c = parent.first_child(); c; c = c.next_sibling())
-        if (c.type() == pugi::node_element && nameMatches(c.name(), tag))
-            return c.internal_object();
-    return nullptr;
+    return indexedChild(tag);
 }
 
 xml_node_struct* HNKMessageIterator::findChild(int id) const
@@ -913,7 +1108,9 @@ int HNKMessageIterator::createChild(int id)
         setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
         return -1;
     }
+    xml_node_struct* parent = node_;
     node_ = nodeOf(node_).append_child(name).internal_object();
+    noteCreated(parent, node_);
     return 0;
 }
 
@@ -926,7 +1123,9 @@ int HNKMessageIterator::createChild(const char* tag)
         setErrorMessage("HNKMessageIterator: invalid element name '%s'", tag);
         return -1;
     }
+    xml_node_struct* parent = node_;
     node_ = nodeOf(node_).append_child(tag).internal_object();
+    noteCreated(parent, node_);
     return 0;
 }
 
@@ -948,6 +1147,7 @@ void HNKMessageIterator::removeCurrent()
     xml_node parent = self.parent();
     if (parent.type() != pugi::node_element)
         return;
+    doc_->tree->restructured();
     parent.remove_child(self);
     node_ = parent.internal_object();
 }
@@ -1026,6 +1226,7 @@ int HNKMessageIterator::removeChild(int id)
     xml_node_struct* c = findChild(id);
     if (!c)
         return -1;
+    doc_->tree->restructured();
     nodeOf(node_).remove_child(nodeOf(c));
     return 0;
 }
@@ -1038,6 +1239,7 @@ int HNKMessageIterator::removeChild(const char* tag)
     xml_node_struct* c = findChild(tag);
     if (!c)
         return -1;
+    doc_->tree->restructured();
     nodeOf(node_).remove_child(nodeOf(c));
     return 0;
 }
@@ -1071,48 +1273,91 @@ void HNKMessageIterator::setType(const char* type, const char* ns)
         return;
     changing();
     xml_node el = nodeOf(node_);
+    const char* uri = (ns && *ns) ? ns : namespace_.c_str();
+    // An element without attributes sees the bindings of its parent: the
+    // prefixes found for a sibling's stamp hold while no declaration changes.
+    xml_node parent = el.parent();
+    const bool cacheable = *uri && !el.first_attribute() && parent.type() == pugi::node_element;
+    if (cacheable) {
+        Caches& c = scopeCache(parent.internal_object());
+        if (!c.stampAttribute.empty() && c.stampUri == uri) {
+            c.scratch.assign(c.stampPrefix).append(1, ':').append(type);
+            el.append_attribute(c.stampAttribute.c_str()).set_value(c.scratch.c_str());
+            return;
+        }
+    }
     if (findXsiType(el))
         return; // the outermost writer stamped first; its label stays
-    const char* uri = (ns && *ns) ? ns : namespace_.c_str();
     std::string value;
+    std::string prefix;
     if (*uri) {
-        const char* prefix = findPrefixFor(el, uri);
-        value = prefix ? std::string(prefix) : declarePrefix(el, prefixBaseFor(uri), uri);
+        const char* found = findPrefixFor(el, uri);
+        if (!found)
+            ++doc_->tree->scopeGen;
+        prefix = found ? std::string(found) : declarePrefix(el, prefixBaseFor(uri), uri);
+        value = prefix;
         value += ':';
     } else if (*lookupPrefix(el, "", 0)) {
         // An unprefixed type would take the default namespace in scope.
         if (el.attribute("xmlns"))
             return;
+        ++doc_->tree->scopeGen;
         el.append_attribute("xmlns").set_value("");
     }
     value += type;
     const char* xsi = findPrefixFor(el, kXsiURI);
-    std::string xsiPrefix = xsi ? std::string(xsi) : declarePrefix(el, "xsi", kXsiURI);
-    el.append_attribute((xsiPrefix + ":type").c_str()).set_value(value.c_str());
+    if (!xsi)
+        ++doc_->tree->scopeGen;
+    std::string xsiAttribute = xsi ? std::string(xsi) : declarePrefix(el, "xsi", kXsiURI);
+    xsiAttribute += ":type";
+    el.append_attribute(xsiAttribute.c_str()).set_value(value.c_str());
+    if (cacheable) {
+        // Declarations go on the outermost element, in the parent's scope.
+        Caches& c = scopeCache(parent.internal_object());
+        c.stampUri.assign(uri);
+        c.stampPrefix.swap(prefix);
+        c.stampAttribute.swap(xsiAttribute);
+    }
 }
 
 std::string HNKMessageIterator::getTypeName() const
 {
-    if (!node_)
-        return std::string();
-    xml_node el = nodeOf(node_);
-    xml_attribute a = findXsiType(el);
-    if (!a)
-        return std::string();
-    std::string_view prefix, local;
-    if (!splitQName(trimBlanks(a.value()), prefix, local))
-        return std::string();
-    const char* uri = lookupPrefix(el, prefix.data(), prefix.size());
-    if (!uri)
-        return std::string();
     std::string key;
-    key.reserve(std::strlen(uri) + 1 + local.size());
-    if (*uri) {
-        key += uri;
+    std::string_view uri, local;
+    if (!getTypeName(uri, local))
+        return key;
+    key.reserve(uri.size() + 1 + local.size());
+    if (!uri.empty()) {
+        key.assign(uri.data(), uri.size());
         key += ':';
     }
-    key += local;
+    key.append(local.data(), local.size());
     return key;
+}
+
+bool HNKMessageIterator::getTypeName(std::string_view& uri, std::string_view& local) const
+{
+    if (!node_)
+        return false;
+    xml_node el = nodeOf(node_);
+    for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
+        const char* name = a.name();
+        const char* colon = std::strchr(name, ':');
+        if (!colon || std::strcmp(colon + 1, "type") != 0)
+            continue;
+        const char* xsi = resolvePrefix(node_, name, static_cast<size_t>(colon - name));
+        if (!xsi || std::strcmp(xsi, kXsiURI) != 0)
+            continue;
+        std::string_view prefix;
+        if (!splitQName(trimBlanks(a.value()), prefix, local))
+            return false;
+        const char* bound = resolvePrefix(node_, prefix.data(), prefix.size());
+        if (!bound)
+            return false;
+        uri = bound;
+        return true;
+    }
+    return false;
 }
 
 void HNKMessageIterator::applySecondaryID(int id)
@@ -1464,6 +1709,7 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
     if (doc_ == source.doc_ && isSameOrAncestor(from, to))
         return -1;
     doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
+    doc_->tree->restructured();
     // Only an element with element children is worth linking, and only from
     // another tree; its leading text, if any, must need no escaping (toXML
     // writes it through pugixml as a text node, which would escape it alike,
@@ -1521,6 +1767,7 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
     xml_node from = nodeOf(source.node_);
     xml_node to = nodeOf(node_);
     doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
+    doc_->tree->restructured();
     std::vector<std::pair<const char*, const char*>> needed;
     for (const auto& b : bindingsInScope(from)) {
         const char* here = resolveDeclName(to, b.first);
