@@ -533,6 +533,261 @@ bool setTextOf(xml_node el, const char* value, size_t size)
 
 } // namespace
 
+namespace {
+
+// How pugixml escapes each ASCII character in text and in attribute values
+// (nullptr: written as is), asked of pugixml itself once, so text written
+// from a draft is byte for byte what it writes from nodes.
+struct EscapeTable {
+    const char* text[128] = {};
+    const char* attribute[128] = {};
+    std::string held[256];
+
+    EscapeTable()
+    {
+        for (int c = 1; c < 128; ++c) {
+            const std::string one(1, static_cast<char>(c));
+            pugi::xml_document doc;
+            xml_node a = doc.append_child("a");
+            a.append_attribute("b").set_value(one.c_str());
+            a.append_child(pugi::node_pcdata).set_value(one.c_str());
+            StringWriter w;
+            doc.save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+            const std::string& t = w.out; // <a b="X">Y</a>
+            size_t from = t.find('"') + 1;
+            size_t to = t.find('"', from);
+            held[c] = t.substr(from, to - from);
+            held[128 + c] = t.substr(to + 2, t.size() - 4 - (to + 2));
+            if (held[c] != one)
+                attribute[c] = held[c].c_str();
+            if (held[128 + c] != one)
+                text[c] = held[128 + c].c_str();
+        }
+    }
+};
+
+const EscapeTable& escapes()
+{
+    static const EscapeTable table;
+    return table;
+}
+
+void appendEscaped(std::string& out, const char* s, size_t n, const char* const* table)
+{
+    const char* run = s;
+    const char* end = s + n;
+    for (; s < end; ++s) {
+        unsigned char c = static_cast<unsigned char>(*s);
+        if (c < 128 && table[c]) {
+            out.append(run, static_cast<size_t>(s - run));
+            out.append(table[c]);
+            run = s + 1;
+        }
+    }
+    out.append(run, static_cast<size_t>(end - run));
+}
+
+} // namespace
+
+// The new content of an element (its host) kept as the log of the writes
+// that made it instead of as nodes: "O" name, "A" name value, "T" text, "C"
+// (open, attribute, text, close; strings NUL-terminated). Writers fill a
+// fresh element with records that nobody reads back, so the content is
+// written once as a log and once as text (toXML, spliced), never as nodes;
+// the first look inside turns it into exactly the nodes the writes would
+// have made (Tree::realize). One cursor at a time may be inside a draft.
+struct HNKMessageIterator::Draft {
+    struct Level {
+        bool startOpen = false; // no content yet: the start tag takes attributes
+        bool stamped = false;
+        uint64_t filter = 0;
+        std::vector<size_t> names; // offsets in `ops` of the child names, each once
+    };
+    std::string ops;
+    std::vector<Level> levels{1}; // [0]: the host; one more per open element
+    size_t depth = 1;
+    HNKMessageIterator* writer = nullptr; // the cursor inside, if any
+
+    Level& top() { return levels[depth - 1]; }
+
+    static uint64_t bitOf(const char* name, size_t length)
+    {
+        uint64_t h = 1469598103934665603ull;
+        for (size_t i = 0; i < length; ++i)
+            h = (h ^ static_cast<unsigned char>(name[i])) * 1099511628211ull;
+        return 1ull << (h >> 58);
+    }
+
+    // Whether the element under the writer has a child with this name.
+    bool hasChild(const char* name, size_t length, uint64_t bit)
+    {
+        Level& l = top();
+        if (!(l.filter & bit))
+            return false;
+        for (size_t at : l.names)
+            if (std::memcmp(ops.data() + at, name, length) == 0 && ops[at + length] == '\0')
+                return true;
+        return false;
+    }
+
+    void open(const char* name, size_t length)
+    {
+        uint64_t bit = bitOf(name, length);
+        bool known = hasChild(name, length, bit);
+        Level& l = top();
+        l.startOpen = false;
+        ops += 'O';
+        if (!known) {
+            l.filter |= bit;
+            l.names.push_back(ops.size());
+        }
+        ops.append(name, length);
+        ops += '\0';
+        if (levels.size() == depth)
+            levels.emplace_back();
+        Level& child = levels[depth++];
+        child.startOpen = true;
+        child.stamped = false;
+        child.filter = 0;
+        child.names.clear();
+    }
+
+    void text(const char* value, size_t size)
+    {
+        top().startOpen = false;
+        ops += 'T';
+        ops.append(value, size);
+        ops += '\0';
+    }
+
+    void attribute(const char* name, const char* value)
+    {
+        ops += 'A';
+        ops += name;
+        ops += '\0';
+        ops += value;
+        ops += '\0';
+    }
+
+    void close()
+    {
+        ops += 'C';
+        --depth;
+    }
+
+    // The content as text, the elements still open closed.
+    void write(std::string& out) const
+    {
+        const EscapeTable& esc = escapes();
+        std::vector<size_t> names;
+        bool startOpen = false;
+        auto closeElement = [&] {
+            if (startOpen) {
+                out += "/>";
+                startOpen = false;
+            } else {
+                out += "</";
+                out += ops.data() + names.back();
+                out += '>';
+            }
+            names.pop_back();
+        };
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            size_t length = op == 'C' ? 0 : std::strlen(base + i);
+            switch (op) {
+            case 'O':
+                if (startOpen)
+                    out += '>';
+                out += '<';
+                out.append(base + i, length);
+                names.push_back(i);
+                startOpen = true;
+                i += length + 1;
+                break;
+            case 'A': {
+                out += ' ';
+                out.append(base + i, length);
+                out += "=\"";
+                i += length + 1;
+                size_t valueLength = std::strlen(base + i);
+                appendEscaped(out, base + i, valueLength, esc.attribute);
+                out += '"';
+                i += valueLength + 1;
+                break;
+            }
+            case 'T':
+                if (startOpen) {
+                    out += '>';
+                    startOpen = false;
+                }
+                appendEscaped(out, base + i, length, esc.text);
+                i += length + 1;
+                break;
+            default: // 'C'
+                closeElement();
+                break;
+            }
+        }
+        while (!names.empty())
+            closeElement();
+    }
+
+    // The nodes the writes would have made, under `host`; returns the
+    // innermost element still open (`host` when none is).
+    xml_node_struct* realize(xml_node host) const
+    {
+        xml_node at = host;
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            switch (op) {
+            case 'O':
+                at = at.append_child(base + i);
+                i += std::strlen(base + i) + 1;
+                break;
+            case 'A': {
+                xml_attribute a = at.append_attribute(base + i);
+                i += std::strlen(base + i) + 1;
+                a.set_value(base + i);
+                i += std::strlen(base + i) + 1;
+                break;
+            }
+            case 'T': {
+                size_t length = std::strlen(base + i);
+                at.append_child(pugi::node_pcdata).set_value(base + i, length);
+                i += length + 1;
+                break;
+            }
+            default:
+                at = at.parent();
+                break;
+            }
+        }
+        return at.internal_object();
+    }
+
+    // The prefixes the content names (attribute names, xsi:type values).
+    void notePrefixes(const std::function<void(const char*, size_t)>& note) const
+    {
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            if (op == 'C')
+                continue;
+            size_t length = std::strlen(base + i);
+            if (op == 'A') {
+                note(base + i, length);
+                i += length + 1;
+                length = std::strlen(base + i);
+                note(base + i, length);
+            }
+            i += length + 1;
+        }
+    }
+};
+
 // The element tree, with what is known of all its names. Several documents
 // may share one tree (shareSubtree): it is then read-only for all of them,
 // and a document about to change it first takes a copy of its own
@@ -557,6 +812,9 @@ struct HNKMessageIterator::Tree {
         xml_node_struct* from;
     };
     std::vector<Link> links;
+    // Elements whose content is a draft. Only an unshared tree has drafts:
+    // they are realized before it is shared or linked from.
+    std::unordered_map<xml_node_struct*, std::unique_ptr<Draft>> drafts;
     // What the cursors' caches (Caches) check before use: `serial` is this
     // tree's alone; `childGen` changes whenever any element gains or loses
     // element children, `scopeGen` whenever a namespace declaration is added
@@ -590,6 +848,82 @@ struct HNKMessageIterator::Tree {
     {
         if (t && t->shares.fetch_sub(1, std::memory_order_acq_rel) == 1)
             delete t;
+    }
+
+    // Turns the draft of `host` into nodes; a cursor inside it moves onto
+    // the element it was on.
+    void realize(xml_node_struct* host)
+    {
+        auto found = drafts.find(host);
+        if (found == drafts.end())
+            return;
+        std::unique_ptr<Draft> d = std::move(found->second);
+        drafts.erase(found);
+        restructured();
+        xml_node_struct* open = d->realize(xml_node(host));
+        if (d->writer) {
+            d->writer->node_ = open;
+            d->writer->draft_ = nullptr;
+        }
+    }
+
+    void realizeAll()
+    {
+        while (!drafts.empty())
+            realize(drafts.begin()->first);
+    }
+
+    // Forgets the drafts of elements about to be removed with `top`.
+    void forgetDrafts(xml_node top)
+    {
+        for (auto it = drafts.begin(); it != drafts.end();) {
+            bool inside = false;
+            for (xml_node n(it->first); n && !inside; n = n.parent())
+                inside = n == top;
+            if (inside) {
+                if (it->second->writer)
+                    it->second->writer->draft_ = nullptr;
+                it = drafts.erase(it);
+            } else {
+                ++it;
+            }
+        }
+    }
+
+    // Gives `to`, a copy of `from` (in tree `src`), the drafts of the
+    // elements in `from`'s subtree, as they stand.
+    static void carryDrafts(const Tree& src, xml_node from, Tree& dst, xml_node to)
+    {
+        if (src.drafts.empty())
+            return;
+        std::vector<std::pair<xml_node_struct*, const Draft*>> inside;
+        for (const auto& d : src.drafts)
+            for (xml_node n(d.first); n; n = n.parent())
+                if (n == from) {
+                    inside.emplace_back(d.first, d.second.get());
+                    break;
+                }
+        for (const auto& d : inside) {
+            std::vector<size_t> path;
+            for (xml_node at(d.first); at != from; at = at.parent()) {
+                size_t index = 0;
+                for (xml_node s = at.previous_sibling(); s; s = s.previous_sibling())
+                    ++index;
+                path.push_back(index);
+            }
+            xml_node at = to;
+            for (auto i = path.rbegin(); i != path.rend(); ++i) {
+                at = at.first_child();
+                for (size_t k = 0; k < *i; ++k)
+                    at = at.next_sibling();
+            }
+            std::unique_ptr<Draft> copy(new Draft);
+            copy->ops = d.second->ops;
+            copy->ops.append(d.second->depth - 1, 'C');
+            copy->levels[0] = d.second->levels[0];
+            dst.drafts[at.internal_object()] = std::move(copy);
+        }
+        dst.restructured();
     }
 
     // Copies the content of every link in.
@@ -861,6 +1195,7 @@ void HNKMessageIterator::detach()
 {
     if (!doc_)
         return;
+    leaveDraft();
     if (prevInDoc_)
         prevInDoc_->nextInDoc_ = nextInDoc_;
     else
@@ -893,6 +1228,57 @@ void HNKMessageIterator::settled() const
         doc_->tree->settle();
 }
 
+void HNKMessageIterator::real() const
+{
+    if (draft_)
+        doc_->tree->realize(node_);
+}
+
+void HNKMessageIterator::looked() const
+{
+    if (!doc_)
+        return;
+    if (!doc_->tree->drafts.empty())
+        doc_->tree->realize(node_);
+    settled();
+}
+
+bool HNKMessageIterator::draftable() const
+{
+    Tree& t = *doc_->tree;
+    if (!t.drafts.empty() && t.drafts.count(node_))
+        return true;
+    xml_node el = nodeOf(node_);
+    return !el.first_child() && !*el.value() && el.parent().type() == pugi::node_element &&
+           t.shares.load(std::memory_order_relaxed) == 1;
+}
+
+HNKMessageIterator::Draft* HNKMessageIterator::draftHere()
+{
+    if (draft_)
+        return draft_;
+    if (!draftable())
+        return nullptr;
+    std::unique_ptr<Draft>& d = doc_->tree->drafts[node_];
+    if (!d)
+        d.reset(new Draft);
+    if (d->writer) { // another cursor is inside it
+        doc_->tree->realize(node_);
+        return nullptr;
+    }
+    return d.get();
+}
+
+void HNKMessageIterator::leaveDraft() const
+{
+    if (!draft_)
+        return;
+    draft_->ops.append(draft_->depth - 1, 'C');
+    draft_->depth = 1;
+    draft_->writer = nullptr;
+    draft_ = nullptr;
+}
+
 // ---------------------------------------------------------------------------
 
 HNKMessageIterator::HNKMessageIterator() : node_(nullptr) {}
@@ -910,14 +1296,18 @@ HNKMessageIterator::HNKMessageIterator(const std::string& rootName) : node_(null
 HNKMessageIterator::~HNKMessageIterator() { detach(); }
 
 HNKMessageIterator::HNKMessageIterator(const HNKMessageIterator& other)
-    : node_(other.node_), namespace_(other.namespace_)
+    : node_(nullptr), namespace_(other.namespace_)
 {
+    other.real();
+    node_ = other.node_;
     attach(other.doc_);
 }
 
 HNKMessageIterator& HNKMessageIterator::operator=(const HNKMessageIterator& other)
 {
     if (this != &other) {
+        other.real();
+        leaveDraft();
         if (doc_ != other.doc_)
             attach(other.doc_);
         node_ = other.node_;
@@ -1017,10 +1407,11 @@ std::string HNKMessageIterator::toXML(bool indent) const
 {
     if (!doc_)
         return std::string();
-    if (!doc_->tree->links.empty()) {
+    if (!doc_->tree->links.empty() || !doc_->tree->drafts.empty()) {
         if (!indent)
             return linkedXML();
         settled();
+        doc_->tree->realizeAll();
     }
     StringWriter w;
     unsigned flags = pugi::format_no_declaration | (indent ? pugi::format_indent : pugi::format_raw);
@@ -1038,7 +1429,11 @@ HNKMessageIterator HNKMessageIterator::root() const
     return r;
 }
 
-const char* HNKMessageIterator::currentName() const { return node_ ? localName(nodeOf(node_).name()) : ""; }
+const char* HNKMessageIterator::currentName() const
+{
+    real();
+    return node_ ? localName(nodeOf(node_).name()) : "";
+}
 
 // ---- Lookup ----
 
@@ -1046,7 +1441,15 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
 {
     if (!node_ || !tag || !*tag)
         return nullptr;
-    settled();
+    if (draft_) {
+        // Asking a written element for a child it does not have (a writer
+        // replacing a child that is not there) needs no nodes.
+        size_t length = std::strlen(tag);
+        if (!draft_->hasChild(tag, length, Draft::bitOf(tag, length)))
+            return nullptr;
+        real();
+    }
+    looked();
     return indexedChild(tag);
 }
 
@@ -1066,7 +1469,8 @@ xml_node_struct* HNKMessageIterator::target(int id) const
 {
     if (id != 0)
         return findChild(id);
-    settled();
+    real();
+    looked();
     return node_;
 }
 
@@ -1074,7 +1478,8 @@ xml_node_struct* HNKMessageIterator::target(const char* tag) const
 {
     if (tag && *tag)
         return findChild(tag);
-    settled();
+    real();
+    looked();
     return node_;
 }
 
@@ -1108,6 +1513,12 @@ int HNKMessageIterator::createChild(int id)
         setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
         return -1;
     }
+    if (Draft* d = draftHere()) {
+        d->open(name, std::strlen(name));
+        d->writer = this;
+        draft_ = d;
+        return 0;
+    }
     xml_node_struct* parent = node_;
     node_ = nodeOf(node_).append_child(name).internal_object();
     noteCreated(parent, node_);
@@ -1123,6 +1534,12 @@ int HNKMessageIterator::createChild(const char* tag)
         setErrorMessage("HNKMessageIterator: invalid element name '%s'", tag);
         return -1;
     }
+    if (Draft* d = draftHere()) {
+        d->open(tag, std::strlen(tag));
+        d->writer = this;
+        draft_ = d;
+        return 0;
+    }
     xml_node_struct* parent = node_;
     node_ = nodeOf(node_).append_child(tag).internal_object();
     noteCreated(parent, node_);
@@ -1133,6 +1550,14 @@ void HNKMessageIterator::ascend() const
 {
     if (!node_)
         return;
+    if (draft_) {
+        draft_->close();
+        if (draft_->depth == 1) { // back on the host
+            draft_->writer = nullptr;
+            draft_ = nullptr;
+        }
+        return;
+    }
     xml_node parent = nodeOf(node_).parent();
     if (parent.type() == pugi::node_element)
         node_ = parent.internal_object();
@@ -1142,12 +1567,15 @@ void HNKMessageIterator::removeCurrent()
 {
     if (!node_)
         return;
+    real();
     changing(true);
     xml_node self = nodeOf(node_);
     xml_node parent = self.parent();
     if (parent.type() != pugi::node_element)
         return;
     doc_->tree->restructured();
+    if (!doc_->tree->drafts.empty())
+        doc_->tree->forgetDrafts(self);
     parent.remove_child(self);
     node_ = parent.internal_object();
 }
@@ -1160,6 +1588,7 @@ int HNKMessageIterator::nextSibling(const char* tag) const
 {
     if (!node_ || !tag || !*tag)
         return -1;
+    real();
     xml_node self = nodeOf(node_);
     if (!doc_->tree->prefixedNames) {
         for (xml_node s = self.next_sibling(tag); s; s = s.next_sibling(tag))
@@ -1193,7 +1622,8 @@ int HNKMessageIterator::firstChild() const
 {
     if (!node_)
         return -1;
-    settled();
+    real();
+    looked();
     for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
         if (c.type() == pugi::node_element) {
             node_ = c.internal_object();
@@ -1206,6 +1636,7 @@ int HNKMessageIterator::nextSibling() const
 {
     if (!node_)
         return -1;
+    real();
     for (xml_node s = nodeOf(node_).next_sibling(); s; s = s.next_sibling())
         if (s.type() == pugi::node_element) {
             node_ = s.internal_object();
@@ -1227,6 +1658,8 @@ int HNKMessageIterator::removeChild(int id)
     if (!c)
         return -1;
     doc_->tree->restructured();
+    if (!doc_->tree->drafts.empty())
+        doc_->tree->forgetDrafts(nodeOf(c));
     nodeOf(node_).remove_child(nodeOf(c));
     return 0;
 }
@@ -1240,6 +1673,8 @@ int HNKMessageIterator::removeChild(const char* tag)
     if (!c)
         return -1;
     doc_->tree->restructured();
+    if (!doc_->tree->drafts.empty())
+        doc_->tree->forgetDrafts(nodeOf(c));
     nodeOf(node_).remove_child(nodeOf(c));
     return 0;
 }
@@ -1272,8 +1707,36 @@ void HNKMessageIterator::setType(const char* type, const char* ns)
     if (!node_ || !type || !isValidTag(type))
         return;
     changing();
-    xml_node el = nodeOf(node_);
     const char* uri = (ns && *ns) ? ns : namespace_.c_str();
+    if (draft_) {
+        Draft::Level& level = draft_->top();
+        if (level.stamped)
+            return; // the outermost writer stamped first; its label stays
+        if (*uri && level.startOpen) {
+            // A written element declares nothing: its scope is its host's.
+            Caches& c = scopeCache(node_);
+            if (c.stampAttribute.empty() || c.stampUri != uri) {
+                xml_node host = nodeOf(node_);
+                const char* prefix = findPrefixFor(host, uri);
+                std::string p = prefix ? std::string(prefix) : declarePrefix(host, prefixBaseFor(uri), uri);
+                const char* xsi = findPrefixFor(host, kXsiURI);
+                std::string a = xsi ? std::string(xsi) : declarePrefix(host, "xsi", kXsiURI);
+                if (!prefix || !xsi)
+                    ++doc_->tree->scopeGen;
+                Caches& fresh = scopeCache(node_);
+                fresh.stampUri.assign(uri);
+                fresh.stampPrefix.swap(p);
+                fresh.stampAttribute.swap(a.append(":type"));
+            }
+            Caches& cached = scopeCache(node_);
+            cached.scratch.assign(cached.stampPrefix).append(1, ':').append(type);
+            draft_->attribute(cached.stampAttribute.c_str(), cached.scratch.c_str());
+            level.stamped = true;
+            return;
+        }
+        real();
+    }
+    xml_node el = nodeOf(node_);
     // An element without attributes sees the bindings of its parent: the
     // prefixes found for a sibling's stamp hold while no declaration changes.
     xml_node parent = el.parent();
@@ -1339,6 +1802,7 @@ bool HNKMessageIterator::getTypeName(std::string_view& uri, std::string_view& lo
 {
     if (!node_)
         return false;
+    real();
     xml_node el = nodeOf(node_);
     for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
         const char* name = a.name();
@@ -1364,6 +1828,7 @@ void HNKMessageIterator::applySecondaryID(int id)
 {
     if (!node_)
         return;
+    real();
     changing();
     xml_node el = nodeOf(node_);
     xml_attribute a = el.attribute("secondary_id");
@@ -1409,6 +1874,35 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
         return -1;
     }
     changing();
+    if (draft_ || draftable()) {
+        // A new child, or the first text of an element written in a draft,
+        // is one more entry in the draft; anything else takes nodes.
+        const char* name = nullptr;
+        if constexpr (std::is_same<ID, int>::value)
+            name = id == 0 ? "" : HNKElementDictionary::findName(id);
+        else
+            name = id ? id : "";
+        Draft* here = name && (*name || draft_) && (!*name || isValidTag(name)) ? draftHere() : nullptr;
+        if (here) {
+            Draft& d = *here;
+            size_t length = std::strlen(name);
+            if (!*name) {
+                Draft::Level& level = d.top();
+                if (level.startOpen) {
+                    d.text(value, size);
+                    return 0;
+                }
+            } else if (!d.hasChild(name, length, Draft::bitOf(name, length))) {
+                d.open(name, length);
+                d.text(value, size);
+                d.close();
+                return 0;
+            }
+        }
+        real();
+        if (!draft_ && doc_->tree->drafts.count(node_))
+            doc_->tree->realize(node_);
+    }
     xml_node_struct* n = target(id);
     if (n)
         return setTextOf(nodeOf(n), value, size) ? 0 : -1;
@@ -1607,11 +2101,13 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     HNKMessageIterator out;
     if (!node_)
         return out;
+    real();
     settled();
     xml_node self = nodeOf(node_);
     out.attach(boost::shared_ptr<Document>(new Document));
     out.doc_->tree->prefixedNames = doc_->tree->prefixedNames;
     xml_node copy = out.doc_->tree->xml.append_copy(self);
+    Tree::carryDrafts(*doc_->tree, self, *out.doc_->tree, copy);
     for (const auto& b : bindingsInScope(self.parent()))
         if (!copy.attribute(b.first))
             copy.append_attribute(b.first).set_value(b.second);
@@ -1623,12 +2119,16 @@ std::string HNKMessageIterator::linkedXML() const
 {
     const std::vector<Tree::Link>& links = doc_->tree->links;
     std::unordered_map<xml_node_struct*, const Tree::Link*> placeholders;
-    std::unordered_map<xml_node_struct*, bool> onPath; // ancestors of placeholders
+    std::unordered_map<xml_node_struct*, bool> onPath; // ancestors of placeholders and drafts
     for (const Tree::Link& l : links) {
         placeholders[l.placeholder] = &l;
         for (xml_node n = xml_node(l.placeholder).parent(); n && n.type() == pugi::node_element; n = n.parent())
             onPath[n.internal_object()] = true;
     }
+    const auto& drafts = doc_->tree->drafts;
+    for (const auto& d : drafts)
+        for (xml_node n = xml_node(d.first).parent(); n && n.type() == pugi::node_element; n = n.parent())
+            onPath[n.internal_object()] = true;
     const unsigned flags = pugi::format_raw | pugi::format_no_declaration;
     StringWriter w;
     // A start tag exactly as pugixml writes it: a childless shallow copy
@@ -1668,6 +2168,13 @@ std::string HNKMessageIterator::linkedXML() const
             endTag(n);
             return;
         }
+        auto draft = drafts.empty() ? drafts.end() : drafts.find(n.internal_object());
+        if (draft != drafts.end()) {
+            startTag(n); // a host holds nothing but its draft
+            draft->second->write(w.out);
+            endTag(n);
+            return;
+        }
         if (!onPath.count(n.internal_object())) {
             n.print(w, "", flags, pugi::encoding_utf8);
             return;
@@ -1685,9 +2192,11 @@ std::string HNKMessageIterator::linkedXML() const
 
 HNKMessageIterator HNKMessageIterator::shareSubtree() const
 {
+    real();
     if (!node_ || node_ != doc_->tree->xml.document_element().internal_object())
         return cloneSubtree();
     settled(); // a shared tree has no links
+    doc_->tree->realizeAll(); // nor drafts
     HNKMessageIterator out;
     out.attach(boost::shared_ptr<Document>(new Document(doc_->tree)));
     out.node_ = node_;
@@ -1702,6 +2211,8 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
 {
     if (!node_ || !source.node_)
         return -1;
+    source.real();
+    looked(); // its new child goes after the content it has
     changing();
     source.settled();
     xml_node from = nodeOf(source.node_);
@@ -1719,7 +2230,7 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
         bool elementChild = false;
         for (xml_node c = from.first_child(); link && c && !elementChild; c = c.next_sibling())
             elementChild = c.type() == pugi::node_element;
-        link = link && elementChild;
+        link = link && elementChild && source.doc_->tree->drafts.empty();
     }
     xml_node copy;
     if (link) {
@@ -1731,6 +2242,7 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
         doc_->tree->links.push_back(Tree::Link{copy.internal_object(), source_tree, from.internal_object()});
     } else {
         copy = to.append_copy(from);
+        Tree::carryDrafts(*source.doc_->tree, from, *doc_->tree, copy);
     }
     std::vector<std::pair<const char*, const char*>> missing;
     for (const auto& b : bindingsInScope(from.parent())) {
@@ -1741,7 +2253,15 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
     // Only a binding not already in scope here can be needed, so the subtree
     // is searched for the prefixes it names only when there is one.
     if (!missing.empty()) {
-        const std::vector<std::string> used = prefixesUsed(from);
+        std::vector<std::string> used = prefixesUsed(from);
+        for (const auto& d : source.doc_->tree->drafts)
+            if (isSameOrAncestor(from, xml_node(d.first)))
+                d.second->notePrefixes([&used](const char* qname, size_t length) {
+                    const char* colon = static_cast<const char*>(std::memchr(qname, ':', length));
+                    std::string prefix(qname, colon ? static_cast<size_t>(colon - qname) : 0);
+                    if (colon && prefix != "xmlns" && std::find(used.begin(), used.end(), prefix) == used.end())
+                        used.push_back(prefix);
+                });
         for (const auto& b : missing) {
             if (b.first[5] == ':' && std::find(used.begin(), used.end(), b.first + 6) == used.end())
                 continue; // a binding the copy never names
@@ -1761,6 +2281,9 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
 {
     if (!node_ || !source.node_)
         return -1;
+    source.real();
+    source.looked();
+    looked();
     changing();
     if (doc_ == source.doc_ && isSameOrAncestor(nodeOf(source.node_), nodeOf(node_)))
         return appendChildrenCopy(source.cloneSubtree()); // copying a subtree into itself
@@ -1780,6 +2303,7 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
         xml_node copy = to.append_copy(c);
         if (copy.type() != pugi::node_element)
             continue;
+        Tree::carryDrafts(*source.doc_->tree, c, *doc_->tree, copy);
         for (const auto& b : needed)
             if (!copy.attribute(b.first))
                 copy.append_attribute(b.first).set_value(b.second);

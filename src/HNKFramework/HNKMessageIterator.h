@@ -262,6 +262,19 @@ private:
     struct Tree;
     struct Document;
     struct Caches;
+    struct Draft;
+    // A cursor inside a draft (see Draft) is on a written element that has
+    // no node yet; every operation but the writes a draft records first
+    // turns the draft into nodes (real()). `looked`: before looking inside
+    // the element under the cursor.
+    void real() const;
+    void looked() const;
+    // The element under the cursor can take its new content as a draft.
+    bool draftable() const;
+    // The draft new content under the cursor goes to, or nullptr for nodes.
+    Draft* draftHere();
+    // This cursor leaves the draft it is in, as if it ascended to its host.
+    void leaveDraft() const;
     // The first element child of the current element with this local name,
     // through this cursor's child index.
     pugi::xml_node_struct* indexedChild(const char* tag) const;
@@ -295,6 +308,7 @@ private:
     // cursors on other threads never see them); checked against the tree's
     // change counters before each use.
     mutable std::unique_ptr<Caches> caches_;
+    mutable Draft* draft_ = nullptr;
 };
 
 #include "HNKSerialization.h"
