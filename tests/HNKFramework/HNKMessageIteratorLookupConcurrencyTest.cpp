@@ -85,3 +85,53 @@ TEST(HNKMessageIteratorLookupConcurrencyTest, ReadersOfASharedTreeKeepTheirViewW
     EXPECT_EQ(4, d);
     EXPECT_FALSE(writer.hasChild("b"));
 }
+
+TEST(HNKMessageIteratorLookupConcurrencyTest, CopiesOfAWrittenTreeAreUsedOnThreadsOfTheirOwn)
+{
+    // Written content stays a draft until looked at; copies taken from it
+    // (carrying the drafts, or sharing the tree once they are nodes) go to
+    // threads that read and write them while the original writes on.
+    HNKMessageIterator written("r");
+    ASSERT_EQ(0, written.createChild("list"));
+    for (int i = 0; i < 100; ++i) {
+        ASSERT_EQ(0, written.createChild("item"));
+        written.setType("itemType", "urn:t");
+        ASSERT_EQ(0, written.putValue("a", i));
+        written.ascend();
+    }
+    const std::string before = written.toXML();
+    std::vector<HNKMessageIterator> copies;
+    copies.push_back(written.cloneSubtree());
+    copies.push_back(written.root().shareSubtree());
+    copies.push_back(written.root().shareSubtree());
+    copies.push_back(written.cloneSubtree());
+    std::atomic<int> failures(0);
+    std::vector<std::thread> threads;
+    for (HNKMessageIterator& c : copies)
+        threads.emplace_back([&c, &failures] {
+            HNKMessageIterator at = c.root();
+            if (std::string(at.currentName()) == "r" && at.descend("list") != 0)
+                ++failures;
+            int n = 0;
+            if (at.firstChild("item") == 0)
+                do {
+                    int a = -1;
+                    if (at.getValue("a", a) != 0 || a != n++ || at.getTypeName() != "urn:t:itemType")
+                        ++failures;
+                    at.putValue("b", a);
+                } while (at.nextSibling("item") == 0);
+            if (n != 100)
+                ++failures;
+        });
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_EQ(0, written.createChild("item"));
+        ASSERT_EQ(0, written.putValue("a", -i));
+        written.ascend();
+    }
+    for (std::thread& t : threads)
+        t.join();
+    EXPECT_EQ(0, failures.load());
+    EXPECT_NE(before, written.toXML());
+    for (HNKMessageIterator& c : copies)
+        EXPECT_EQ(std::string::npos, c.toXML().find("<a>-1</a>"));
+}
