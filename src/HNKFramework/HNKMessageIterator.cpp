@@ -923,7 +923,7 @@ struct HNKMessageIterator::Tree {
             copy->levels[0] = d.second->levels[0];
             dst.drafts[at.internal_object()] = std::move(copy);
         }
-        dst.restructured();
+        ++dst.childGen;
     }
 
     // Copies the content of every link in.
@@ -1025,6 +1025,16 @@ struct HNKMessageIterator::Caches {
     std::vector<std::pair<std::string, const char*>> prefixes; // prefix -> URI (nullptr: unbound)
     std::string stampUri, stampPrefix, stampAttribute;       // no stamp while stampAttribute is ""
     std::string scratch;
+
+    // appendCopy: the bindings a child of copySourceParent needs declared
+    // when copied under copyTarget, and the default namespaces there.
+    unsigned long long copySourceSerial = 0, copyTargetSerial = 0;
+    unsigned long copySourceGen = 0, copyTargetGen = 0;
+    xml_node_struct* copySourceParent = nullptr;
+    xml_node_struct* copyTarget = nullptr;
+    std::vector<std::pair<const char*, const char*>> copyMissing;
+    const char* copyTargetDefault = nullptr;
+    const char* copyParentDefault = nullptr;
 
     // With the length, the whole of a name up to 8 bytes: fixed-size loads
     // (two overlapping ones from 4 to 7 bytes).
@@ -2220,7 +2230,7 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
     if (doc_ == source.doc_ && isSameOrAncestor(from, to))
         return -1;
     doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
-    doc_->tree->restructured();
+    ++doc_->tree->childGen; // declarations go on the new copy only
     // Only an element with element children is worth linking, and only from
     // another tree; its leading text, if any, must need no escaping (toXML
     // writes it through pugixml as a text node, which would escape it alike,
@@ -2244,12 +2254,34 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
         copy = to.append_copy(from);
         Tree::carryDrafts(*source.doc_->tree, from, *doc_->tree, copy);
     }
-    std::vector<std::pair<const char*, const char*>> missing;
-    for (const auto& b : bindingsInScope(from.parent())) {
-        const char* here = resolveDeclName(to, b.first);
-        if (!here || std::strcmp(here, b.second) != 0)
-            missing.push_back(b);
+    // What the scopes of the source's parent and of this element differ in
+    // is the same for every child of one parent copied here (a record
+    // writer copies them all): kept while neither scope changes.
+    const Tree& st = *source.doc_->tree;
+    const Tree& tt = *doc_->tree;
+    if (!caches_)
+        caches_.reset(new Caches);
+    Caches& cc = *caches_;
+    xml_node fromParent = from.parent();
+    if (cc.copySourceSerial != st.serial || cc.copySourceGen != st.scopeGen ||
+        cc.copySourceParent != fromParent.internal_object() || cc.copyTargetSerial != tt.serial ||
+        cc.copyTargetGen != tt.scopeGen || cc.copyTarget != node_) {
+        cc.copySourceSerial = st.serial;
+        cc.copySourceGen = st.scopeGen;
+        cc.copySourceParent = fromParent.internal_object();
+        cc.copyTargetSerial = tt.serial;
+        cc.copyTargetGen = tt.scopeGen;
+        cc.copyTarget = node_;
+        cc.copyMissing.clear();
+        for (const auto& b : bindingsInScope(fromParent)) {
+            const char* here = resolveDeclName(to, b.first);
+            if (!here || std::strcmp(here, b.second) != 0)
+                cc.copyMissing.push_back(b);
+        }
+        cc.copyTargetDefault = resolveDeclName(to, "xmlns");
+        cc.copyParentDefault = fromParent.type() == pugi::node_element ? resolveDeclName(fromParent, "xmlns") : "";
     }
+    const std::vector<std::pair<const char*, const char*>>& missing = cc.copyMissing;
     // Only a binding not already in scope here can be needed, so the subtree
     // is searched for the prefixes it names only when there is one.
     if (!missing.empty()) {
@@ -2270,8 +2302,10 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
         }
     }
     // A copy in no namespace must not fall into a default namespace here.
-    const char* targetDefault = resolveDeclName(to, "xmlns");
-    const char* sourceDefault = resolveDeclName(from, "xmlns");
+    const char* targetDefault = cc.copyTargetDefault;
+    const char* sourceDefault = cc.copyParentDefault;
+    if (xml_attribute own = from.attribute("xmlns"))
+        sourceDefault = own.value();
     if (targetDefault && *targetDefault && !(sourceDefault && *sourceDefault) && !copy.attribute("xmlns"))
         copy.append_attribute("xmlns").set_value("");
     return 0;
