@@ -679,6 +679,9 @@ struct HNKMessageIterator::Draft {
     void write(std::string& out) const
     {
         const EscapeTable& esc = escapes();
+        const size_t need = out.size() + ops.size() + ops.size() / 2; // end tags repeat the names
+        if (out.capacity() < need)
+            out.reserve(std::max(need, 2 * out.capacity()));
         std::vector<size_t> names;
         bool startOpen = false;
         auto closeElement = [&] {
