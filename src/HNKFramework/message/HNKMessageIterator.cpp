@@ -533,6 +533,264 @@ bool setTextOf(xml_node el, const char* value, size_t size)
 
 } // namespace
 
+namespace {
+
+// How pugixml escapes each ASCII character in text and in attribute values
+// (nullptr: written as is), asked of pugixml itself once, so text written
+// from a draft is byte for byte what it writes from nodes.
+struct EscapeTable {
+    const char* text[128] = {};
+    const char* attribute[128] = {};
+    std::string held[256];
+
+    EscapeTable()
+    {
+        for (int c = 1; c < 128; ++c) {
+            const std::string one(1, static_cast<char>(c));
+            pugi::xml_document doc;
+            xml_node a = doc.append_child("a");
+            a.append_attribute("b").set_value(one.c_str());
+            a.append_child(pugi::node_pcdata).set_value(one.c_str());
+            StringWriter w;
+            doc.save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+            const std::string& t = w.out; // <a b="X">Y</a>
+            size_t from = t.find('"') + 1;
+            size_t to = t.find('"', from);
+            held[c] = t.substr(from, to - from);
+            held[128 + c] = t.substr(to + 2, t.size() - 4 - (to + 2));
+            if (held[c] != one)
+                attribute[c] = held[c].c_str();
+            if (held[128 + c] != one)
+                text[c] = held[128 + c].c_str();
+        }
+    }
+};
+
+const EscapeTable& escapes()
+{
+    static const EscapeTable table;
+    return table;
+}
+
+void appendEscaped(std::string& out, const char* s, size_t n, const char* const* table)
+{
+    const char* run = s;
+    const char* end = s + n;
+    for (; s < end; ++s) {
+        unsigned char c = static_cast<unsigned char>(*s);
+        if (c < 128 && table[c]) {
+            out.append(run, static_cast<size_t>(s - run));
+            out.append(table[c]);
+            run = s + 1;
+        }
+    }
+    out.append(run, static_cast<size_t>(end - run));
+}
+
+} // namespace
+
+// The new content of an element (its host) kept as the log of the writes
+// that made it instead of as nodes: "O" name, "A" name value, "T" text, "C"
+// (open, attribute, text, close; strings NUL-terminated). Writers fill a
+// fresh element with records that nobody reads back, so the content is
+// written once as a log and once as text (toXML, spliced), never as nodes;
+// the first look inside turns it into exactly the nodes the writes would
+// have made (Tree::realize). One cursor at a time may be inside a draft.
+struct HNKMessageIterator::Draft {
+    struct Level {
+        bool startOpen = false; // no content yet: the start tag takes attributes
+        bool stamped = false;
+        uint64_t filter = 0;
+        std::vector<size_t> names; // offsets in `ops` of the child names, each once
+    };
+    std::string ops;
+    std::vector<Level> levels{1}; // [0]: the host; one more per open element
+    size_t depth = 1;
+    HNKMessageIterator* writer = nullptr; // the cursor inside, if any
+
+    Level& top() { return levels[depth - 1]; }
+
+    static uint64_t bitOf(const char* name, size_t length)
+    {
+        uint64_t h = 1469598103934665603ull;
+        for (size_t i = 0; i < length; ++i)
+            h = (h ^ static_cast<unsigned char>(name[i])) * 1099511628211ull;
+        return 1ull << (h >> 58);
+    }
+
+    // Whether the element under the writer has a child with this name.
+    bool hasChild(const char* name, size_t length, uint64_t bit)
+    {
+        Level& l = top();
+        if (!(l.filter & bit))
+            return false;
+        for (size_t at : l.names)
+            if (std::memcmp(ops.data() + at, name, length) == 0 && ops[at + length] == '\0')
+                return true;
+        return false;
+    }
+
+    void open(const char* name, size_t length)
+    {
+        uint64_t bit = bitOf(name, length);
+        bool known = hasChild(name, length, bit);
+        Level& l = top();
+        l.startOpen = false;
+        ops += 'O';
+        if (!known) {
+            l.filter |= bit;
+            l.names.push_back(ops.size());
+        }
+        ops.append(name, length);
+        ops += '\0';
+        if (levels.size() == depth)
+            levels.emplace_back();
+        Level& child = levels[depth++];
+        child.startOpen = true;
+        child.stamped = false;
+        child.filter = 0;
+        child.names.clear();
+    }
+
+    void text(const char* value, size_t size)
+    {
+        top().startOpen = false;
+        ops += 'T';
+        ops.append(value, size);
+        ops += '\0';
+    }
+
+    void attribute(const char* name, const char* value)
+    {
+        ops += 'A';
+        ops += name;
+        ops += '\0';
+        ops += value;
+        ops += '\0';
+    }
+
+    void close()
+    {
+        ops += 'C';
+        --depth;
+    }
+
+    // The content as text, the elements still open closed.
+    void write(std::string& out) const
+    {
+        const EscapeTable& esc = escapes();
+        const size_t need = out.size() + ops.size() + ops.size() / 2; // end tags repeat the names
+        if (out.capacity() < need)
+            out.reserve(std::max(need, 2 * out.capacity()));
+        std::vector<size_t> names;
+        bool startOpen = false;
+        auto closeElement = [&] {
+            if (startOpen) {
+                out += "/>";
+                startOpen = false;
+            } else {
+                out += "</";
+                out += ops.data() + names.back();
+                out += '>';
+            }
+            names.pop_back();
+        };
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            size_t length = op == 'C' ? 0 : std::strlen(base + i);
+            switch (op) {
+            case 'O':
+                if (startOpen)
+                    out += '>';
+                out += '<';
+                out.append(base + i, length);
+                names.push_back(i);
+                startOpen = true;
+                i += length + 1;
+                break;
+            case 'A': {
+                out += ' ';
+                out.append(base + i, length);
+                out += "=\"";
+                i += length + 1;
+                size_t valueLength = std::strlen(base + i);
+                appendEscaped(out, base + i, valueLength, esc.attribute);
+                out += '"';
+                i += valueLength + 1;
+                break;
+            }
+            case 'T':
+                if (startOpen) {
+                    out += '>';
+                    startOpen = false;
+                }
+                appendEscaped(out, base + i, length, esc.text);
+                i += length + 1;
+                break;
+            default: // 'C'
+                closeElement();
+                break;
+            }
+        }
+        while (!names.empty())
+            closeElement();
+    }
+
+    // The nodes the writes would have made, under `host`; returns the
+    // innermost element still open (`host` when none is).
+    xml_node_struct* realize(xml_node host) const
+    {
+        xml_node at = host;
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            switch (op) {
+            case 'O':
+                at = at.append_child(base + i);
+                i += std::strlen(base + i) + 1;
+                break;
+            case 'A': {
+                xml_attribute a = at.append_attribute(base + i);
+                i += std::strlen(base + i) + 1;
+                a.set_value(base + i);
+                i += std::strlen(base + i) + 1;
+                break;
+            }
+            case 'T': {
+                size_t length = std::strlen(base + i);
+                at.append_child(pugi::node_pcdata).set_value(base + i, length);
+                i += length + 1;
+                break;
+            }
+            default:
+                at = at.parent();
+                break;
+            }
+        }
+        return at.internal_object();
+    }
+
+    // The prefixes the content names (attribute names, xsi:type values).
+    void notePrefixes(const std::function<void(const char*, size_t)>& note) const
+    {
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            if (op == 'C')
+                continue;
+            size_t length = std::strlen(base + i);
+            if (op == 'A') {
+                note(base + i, length);
+                i += length + 1;
+                length = std::strlen(base + i);
+                note(base + i, length);
+            }
+            i += length + 1;
+        }
+    }
+};
+
 // The element tree, with what is known of all its names. Several documents
 // may share one tree (shareSubtree): it is then read-only for all of them,
 // and a document about to change it first takes a copy of its own
@@ -557,6 +815,28 @@ struct HNKMessageIterator::Tree {
         xml_node_struct* from;
     };
     std::vector<Link> links;
+    // Elements whose content is a draft. Only an unshared tree has drafts:
+    // they are realized before it is shared or linked from.
+    std::unordered_map<xml_node_struct*, std::unique_ptr<Draft>> drafts;
+    // What the cursors' caches (Caches) check before use: `serial` is this
+    // tree's alone; `childGen` changes whenever any element gains or loses
+    // element children, `scopeGen` whenever a namespace declaration is added
+    // or elements go (their memory may come back as other elements). Only
+    // changed by the one document owning the tree, like the tree itself.
+    const unsigned long long serial = nextSerial();
+    unsigned long childGen = 0;
+    unsigned long scopeGen = 0;
+
+    static unsigned long long nextSerial()
+    {
+        static std::atomic<unsigned long long> last{0};
+        return last.fetch_add(1, std::memory_order_relaxed) + 1;
+    }
+    void restructured()
+    {
+        ++childGen;
+        ++scopeGen;
+    }
 
     Tree() = default;
     Tree(const Tree&) = delete;
@@ -573,11 +853,88 @@ struct HNKMessageIterator::Tree {
             delete t;
     }
 
+    // Turns the draft of `host` into nodes; a cursor inside it moves onto
+    // the element it was on.
+    void realize(xml_node_struct* host)
+    {
+        auto found = drafts.find(host);
+        if (found == drafts.end())
+            return;
+        std::unique_ptr<Draft> d = std::move(found->second);
+        drafts.erase(found);
+        restructured();
+        xml_node_struct* open = d->realize(xml_node(host));
+        if (d->writer) {
+            d->writer->node_ = open;
+            d->writer->draft_ = nullptr;
+        }
+    }
+
+    void realizeAll()
+    {
+        while (!drafts.empty())
+            realize(drafts.begin()->first);
+    }
+
+    // Forgets the drafts of elements about to be removed with `top`.
+    void forgetDrafts(xml_node top)
+    {
+        for (auto it = drafts.begin(); it != drafts.end();) {
+            bool inside = false;
+            for (xml_node n(it->first); n && !inside; n = n.parent())
+                inside = n == top;
+            if (inside) {
+                if (it->second->writer)
+                    it->second->writer->draft_ = nullptr;
+                it = drafts.erase(it);
+            } else {
+                ++it;
+            }
+        }
+    }
+
+    // Gives `to`, a copy of `from` (in tree `src`), the drafts of the
+    // elements in `from`'s subtree, as they stand.
+    static void carryDrafts(const Tree& src, xml_node from, Tree& dst, xml_node to)
+    {
+        if (src.drafts.empty())
+            return;
+        std::vector<std::pair<xml_node_struct*, const Draft*>> inside;
+        for (const auto& d : src.drafts)
+            for (xml_node n(d.first); n; n = n.parent())
+                if (n == from) {
+                    inside.emplace_back(d.first, d.second.get());
+                    break;
+                }
+        for (const auto& d : inside) {
+            std::vector<size_t> path;
+            for (xml_node at(d.first); at != from; at = at.parent()) {
+                size_t index = 0;
+                for (xml_node s = at.previous_sibling(); s; s = s.previous_sibling())
+                    ++index;
+                path.push_back(index);
+            }
+            xml_node at = to;
+            for (auto i = path.rbegin(); i != path.rend(); ++i) {
+                at = at.first_child();
+                for (size_t k = 0; k < *i; ++k)
+                    at = at.next_sibling();
+            }
+            std::unique_ptr<Draft> copy(new Draft);
+            copy->ops = d.second->ops;
+            copy->ops.append(d.second->depth - 1, 'C');
+            copy->levels[0] = d.second->levels[0];
+            dst.drafts[at.internal_object()] = std::move(copy);
+        }
+        ++dst.childGen;
+    }
+
     // Copies the content of every link in.
     void settle()
     {
         std::vector<Link> pending;
         pending.swap(links);
+        restructured();
         for (const Link& l : pending) {
             xml_node to(l.placeholder), from(l.from);
             if (*from.value()) // leading text a parsed element keeps in itself
@@ -639,6 +996,201 @@ struct HNKMessageIterator::Document {
     }
 };
 
+// Per cursor: the element children of one element by local name, and the
+// namespace scope of one element (prefixes resolved there, the last type
+// stamp given to a child). Records gets and puts ask an element for a dozen
+// children by name and stamp list items alike, so without these each lookup
+// is a scan of the children and each stamp a walk over the ancestors.
+struct HNKMessageIterator::Caches {
+    // Beyond this many children the index is not built: a scan finds the
+    // first of a list of many items at once, and nobody asks a list for
+    // several names.
+    static const size_t kMaxIndexed = 256;
+
+    struct Entry {
+        uint64_t head; // the first (up to) 8 bytes of the name
+        size_t length;
+        const char* name;
+        xml_node_struct* node;
+    };
+
+    unsigned long long indexSerial = 0;
+    xml_node_struct* indexParent = nullptr;
+    unsigned long indexGen = 0;
+    bool indexed = false; // false: too many children, scanned instead
+    std::vector<Entry> entries; // the first child of each local name
+    uint64_t bloom[2] = {0, 0};
+    size_t hint = 0; // lookups mostly follow document order
+
+    unsigned long long scopeSerial = 0;
+    xml_node_struct* scopeElement = nullptr;
+    unsigned long scopeGen = 0;
+    std::vector<std::pair<std::string, const char*>> prefixes; // prefix -> URI (nullptr: unbound)
+    std::string stampUri, stampPrefix, stampAttribute;       // no stamp while stampAttribute is ""
+    std::string scratch;
+
+    // appendCopy: the bindings a child of copySourceParent needs declared
+    // when copied under copyTarget, and the default namespaces there.
+    unsigned long long copySourceSerial = 0, copyTargetSerial = 0;
+    unsigned long copySourceGen = 0, copyTargetGen = 0;
+    xml_node_struct* copySourceParent = nullptr;
+    xml_node_struct* copyTarget = nullptr;
+    std::vector<std::pair<const char*, const char*>> copyMissing;
+    const char* copyTargetDefault = nullptr;
+    const char* copyParentDefault = nullptr;
+
+    // With the length, the whole of a name up to 8 bytes: fixed-size loads
+    // (two overlapping ones from 4 to 7 bytes).
+    static uint64_t headOf(const char* name, size_t length)
+    {
+        uint64_t h = 0;
+        if (length >= 8) {
+            std::memcpy(&h, name, 8);
+        } else if (length >= 4) {
+            uint32_t first, last;
+            std::memcpy(&first, name, 4);
+            std::memcpy(&last, name + length - 4, 4);
+            h = first | static_cast<uint64_t>(last) << 32;
+        } else {
+            for (size_t i = 0; i < length; ++i)
+                h |= static_cast<uint64_t>(static_cast<unsigned char>(name[i])) << (8 * i);
+        }
+        return h;
+    }
+
+    // One bit per name in 128: most misses (a writer asking for a child it
+    // is about to append) end here.
+    static unsigned bitOf(uint64_t head, size_t length)
+    {
+        uint64_t x = (head ^ (length * 0x9E3779B97F4A7C15ull)) * 0xFF51AFD7ED558CCDull;
+        return static_cast<unsigned>(x >> 57);
+    }
+
+    void clear()
+    {
+        entries.clear();
+        bloom[0] = bloom[1] = 0;
+        hint = 0;
+    }
+
+    xml_node_struct* find(const char* tag, size_t length)
+    {
+        const uint64_t h = headOf(tag, length);
+        const unsigned bit = bitOf(h, length);
+        if (!(bloom[bit >> 6] & (1ull << (bit & 63))))
+            return nullptr;
+        const size_t n = entries.size();
+        for (size_t k = 0, i = hint; k < n; ++k, ++i) {
+            if (i >= n)
+                i = 0;
+            const Entry& e = entries[i];
+            if (e.head == h && e.length == length &&
+                (length <= 8 || std::memcmp(e.name + 8, tag + 8, length - 8) == 0)) {
+                hint = i + 1;
+                return e.node;
+            }
+        }
+        return nullptr;
+    }
+
+    // False when the index grew too large (then it is dropped).
+    bool add(const char* name, xml_node_struct* node)
+    {
+        size_t length = std::strlen(name);
+        if (find(name, length))
+            return true; // the first child of a name stays the one found
+        if (entries.size() >= kMaxIndexed) {
+            indexed = false;
+            clear();
+            return false;
+        }
+        const uint64_t h = headOf(name, length);
+        const unsigned bit = bitOf(h, length);
+        bloom[bit >> 6] |= 1ull << (bit & 63);
+        entries.push_back(Entry{h, length, name, node});
+        return true;
+    }
+};
+
+xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
+{
+    const Tree& t = *doc_->tree;
+    if (!caches_)
+        caches_.reset(new Caches);
+    Caches& c = *caches_;
+    if (c.indexSerial != t.serial || c.indexParent != node_ || c.indexGen != t.childGen) {
+        c.indexSerial = t.serial;
+        c.indexParent = node_;
+        c.indexGen = t.childGen;
+        c.clear();
+        c.indexed = true;
+        for (xml_node ch = nodeOf(node_).first_child(); ch; ch = ch.next_sibling())
+            if (ch.type() == pugi::node_element &&
+                !c.add(t.prefixedNames ? localName(ch.name()) : ch.name(), ch.internal_object()))
+                break;
+    }
+    if (c.indexed)
+        return c.find(tag, std::strlen(tag));
+    xml_node parent = nodeOf(node_);
+    if (!t.prefixedNames) {
+        for (xml_node ch = parent.child(tag); ch; ch = ch.next_sibling(tag))
+            if (ch.type() == pugi::node_element)
+                return ch.internal_object();
+        return nullptr;
+    }
+    for (xml_node ch = parent.first_child(); ch; ch = ch.next_sibling())
+        if (ch.type() == pugi::node_element && nameMatches(ch.name(), tag))
+            return ch.internal_object();
+    return nullptr;
+}
+
+void HNKMessageIterator::noteCreated(xml_node_struct* parent, xml_node_struct* child)
+{
+    Tree& t = *doc_->tree;
+    const unsigned long before = t.childGen++;
+    if (!caches_)
+        return;
+    Caches& c = *caches_;
+    if (c.indexed && c.indexSerial == t.serial && c.indexParent == parent && c.indexGen == before &&
+        c.add(nodeOf(child).name(), child)) // created names carry no prefix
+        c.indexGen = t.childGen;
+}
+
+HNKMessageIterator::Caches& HNKMessageIterator::scopeCache(xml_node_struct* scope) const
+{
+    const Tree& t = *doc_->tree;
+    if (!caches_)
+        caches_.reset(new Caches);
+    Caches& c = *caches_;
+    if (c.scopeSerial != t.serial || c.scopeElement != scope || c.scopeGen != t.scopeGen) {
+        c.scopeSerial = t.serial;
+        c.scopeElement = scope;
+        c.scopeGen = t.scopeGen;
+        c.prefixes.clear();
+        c.stampAttribute.clear();
+    }
+    return c;
+}
+
+const char* HNKMessageIterator::resolvePrefix(xml_node_struct* at, const char* prefix, size_t len) const
+{
+    xml_node el = nodeOf(at);
+    for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute())
+        if (std::strncmp(a.name(), "xmlns", 5) == 0)
+            return lookupPrefix(el, prefix, len); // declares bindings itself
+    xml_node parent = el.parent();
+    if (parent.type() != pugi::node_element)
+        return lookupPrefix(el, prefix, len);
+    Caches& c = scopeCache(parent.internal_object());
+    std::string_view p(prefix, len);
+    for (const auto& known : c.prefixes)
+        if (known.first == p)
+            return known.second;
+    const char* uri = lookupPrefix(parent, prefix, len);
+    c.prefixes.emplace_back(std::string(p), uri);
+    return uri;
+}
+
 void HNKMessageIterator::attach(const boost::shared_ptr<Document>& doc)
 {
     detach();
@@ -656,6 +1208,7 @@ void HNKMessageIterator::detach()
 {
     if (!doc_)
         return;
+    leaveDraft();
     if (prevInDoc_)
         prevInDoc_->nextInDoc_ = nextInDoc_;
     else
@@ -688,6 +1241,57 @@ void HNKMessageIterator::settled() const
         doc_->tree->settle();
 }
 
+void HNKMessageIterator::real() const
+{
+    if (draft_)
+        doc_->tree->realize(node_);
+}
+
+void HNKMessageIterator::looked() const
+{
+    if (!doc_)
+        return;
+    if (!doc_->tree->drafts.empty())
+        doc_->tree->realize(node_);
+    settled();
+}
+
+bool HNKMessageIterator::draftable() const
+{
+    Tree& t = *doc_->tree;
+    if (!t.drafts.empty() && t.drafts.count(node_))
+        return true;
+    xml_node el = nodeOf(node_);
+    return !el.first_child() && !*el.value() && el.parent().type() == pugi::node_element &&
+           t.shares.load(std::memory_order_relaxed) == 1;
+}
+
+HNKMessageIterator::Draft* HNKMessageIterator::draftHere()
+{
+    if (draft_)
+        return draft_;
+    if (!draftable())
+        return nullptr;
+    std::unique_ptr<Draft>& d = doc_->tree->drafts[node_];
+    if (!d)
+        d.reset(new Draft);
+    if (d->writer) { // another cursor is inside it
+        doc_->tree->realize(node_);
+        return nullptr;
+    }
+    return d.get();
+}
+
+void HNKMessageIterator::leaveDraft() const
+{
+    if (!draft_)
+        return;
+    draft_->ops.append(draft_->depth - 1, 'C');
+    draft_->depth = 1;
+    draft_->writer = nullptr;
+    draft_ = nullptr;
+}
+
 // ---------------------------------------------------------------------------
 
 HNKMessageIterator::HNKMessageIterator() : node_(nullptr) {}
@@ -705,14 +1309,18 @@ HNKMessageIterator::HNKMessageIterator(const std::string& rootName) : node_(null
 HNKMessageIterator::~HNKMessageIterator() { detach(); }
 
 HNKMessageIterator::HNKMessageIterator(const HNKMessageIterator& other)
-    : node_(other.node_), namespace_(other.namespace_)
+    : node_(nullptr), namespace_(other.namespace_)
 {
+    other.real();
+    node_ = other.node_;
     attach(other.doc_);
 }
 
 HNKMessageIterator& HNKMessageIterator::operator=(const HNKMessageIterator& other)
 {
     if (this != &other) {
+        other.real();
+        leaveDraft();
         if (doc_ != other.doc_)
             attach(other.doc_);
         node_ = other.node_;
@@ -812,10 +1420,11 @@ std::string HNKMessageIterator::toXML(bool indent) const
 {
     if (!doc_)
         return std::string();
-    if (!doc_->tree->links.empty()) {
+    if (!doc_->tree->links.empty() || !doc_->tree->drafts.empty()) {
         if (!indent)
             return linkedXML();
         settled();
+        doc_->tree->realizeAll();
     }
     StringWriter w;
     unsigned flags = pugi::format_no_declaration | (indent ? pugi::format_indent : pugi::format_raw);
@@ -833,7 +1442,11 @@ HNKMessageIterator HNKMessageIterator::root() const
     return r;
 }
 
-const char* HNKMessageIterator::currentName() const { return node_ ? localName(nodeOf(node_).name()) : ""; }
+const char* HNKMessageIterator::currentName() const
+{
+    real();
+    return node_ ? localName(nodeOf(node_).name()) : "";
+}
 
 // ---- Lookup ----
 
@@ -841,18 +1454,16 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
 {
     if (!node_ || !tag || !*tag)
         return nullptr;
-    settled();
-    xml_node parent = nodeOf(node_);
-    if (!doc_->tree->prefixedNames) {
-        for (xml_node c = parent.child(tag); c; c = c.next_sibling(tag))
-            if (c.type() == pugi::node_element)
-                return c.internal_object();
-        return nullptr;
+    if (draft_) {
+        // Asking a written element for a child it does not have (a writer
+        // replacing a child that is not there) needs no nodes.
+        size_t length = std::strlen(tag);
+        if (!draft_->hasChild(tag, length, Draft::bitOf(tag, length)))
+            return nullptr;
+        real();
     }
-    for (xml_node c = parent.first_child(); c; c = c.next_sibling())
-        if (c.type() == pugi::node_element && nameMatches(c.name(), tag))
-            return c.internal_object();
-    return nullptr;
+    looked();
+    return indexedChild(tag);
 }
 
 xml_node_struct* HNKMessageIterator::findChild(int id) const
@@ -871,7 +1482,8 @@ xml_node_struct* HNKMessageIterator::target(int id) const
 {
     if (id != 0)
         return findChild(id);
-    settled();
+    real();
+    looked();
     return node_;
 }
 
@@ -879,7 +1491,8 @@ xml_node_struct* HNKMessageIterator::target(const char* tag) const
 {
     if (tag && *tag)
         return findChild(tag);
-    settled();
+    real();
+    looked();
     return node_;
 }
 
@@ -913,7 +1526,15 @@ int HNKMessageIterator::createChild(int id)
         setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
         return -1;
     }
+    if (Draft* d = draftHere()) {
+        d->open(name, std::strlen(name));
+        d->writer = this;
+        draft_ = d;
+        return 0;
+    }
+    xml_node_struct* parent = node_;
     node_ = nodeOf(node_).append_child(name).internal_object();
+    noteCreated(parent, node_);
     return 0;
 }
 
@@ -926,7 +1547,15 @@ int HNKMessageIterator::createChild(const char* tag)
         setErrorMessage("HNKMessageIterator: invalid element name '%s'", tag);
         return -1;
     }
+    if (Draft* d = draftHere()) {
+        d->open(tag, std::strlen(tag));
+        d->writer = this;
+        draft_ = d;
+        return 0;
+    }
+    xml_node_struct* parent = node_;
     node_ = nodeOf(node_).append_child(tag).internal_object();
+    noteCreated(parent, node_);
     return 0;
 }
 
@@ -934,6 +1563,14 @@ void HNKMessageIterator::ascend() const
 {
     if (!node_)
         return;
+    if (draft_) {
+        draft_->close();
+        if (draft_->depth == 1) { // back on the host
+            draft_->writer = nullptr;
+            draft_ = nullptr;
+        }
+        return;
+    }
     xml_node parent = nodeOf(node_).parent();
     if (parent.type() == pugi::node_element)
         node_ = parent.internal_object();
@@ -943,11 +1580,15 @@ void HNKMessageIterator::removeCurrent()
 {
     if (!node_)
         return;
+    real();
     changing(true);
     xml_node self = nodeOf(node_);
     xml_node parent = self.parent();
     if (parent.type() != pugi::node_element)
         return;
+    doc_->tree->restructured();
+    if (!doc_->tree->drafts.empty())
+        doc_->tree->forgetDrafts(self);
     parent.remove_child(self);
     node_ = parent.internal_object();
 }
@@ -960,6 +1601,7 @@ int HNKMessageIterator::nextSibling(const char* tag) const
 {
     if (!node_ || !tag || !*tag)
         return -1;
+    real();
     xml_node self = nodeOf(node_);
     if (!doc_->tree->prefixedNames) {
         for (xml_node s = self.next_sibling(tag); s; s = s.next_sibling(tag))
@@ -993,7 +1635,8 @@ int HNKMessageIterator::firstChild() const
 {
     if (!node_)
         return -1;
-    settled();
+    real();
+    looked();
     for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
         if (c.type() == pugi::node_element) {
             node_ = c.internal_object();
@@ -1006,6 +1649,7 @@ int HNKMessageIterator::nextSibling() const
 {
     if (!node_)
         return -1;
+    real();
     for (xml_node s = nodeOf(node_).next_sibling(); s; s = s.next_sibling())
         if (s.type() == pugi::node_element) {
             node_ = s.internal_object();
@@ -1026,6 +1670,9 @@ int HNKMessageIterator::removeChild(int id)
     xml_node_struct* c = findChild(id);
     if (!c)
         return -1;
+    doc_->tree->restructured();
+    if (!doc_->tree->drafts.empty())
+        doc_->tree->forgetDrafts(nodeOf(c));
     nodeOf(node_).remove_child(nodeOf(c));
     return 0;
 }
@@ -1038,6 +1685,9 @@ int HNKMessageIterator::removeChild(const char* tag)
     xml_node_struct* c = findChild(tag);
     if (!c)
         return -1;
+    doc_->tree->restructured();
+    if (!doc_->tree->drafts.empty())
+        doc_->tree->forgetDrafts(nodeOf(c));
     nodeOf(node_).remove_child(nodeOf(c));
     return 0;
 }
@@ -1070,55 +1720,128 @@ void HNKMessageIterator::setType(const char* type, const char* ns)
     if (!node_ || !type || !isValidTag(type))
         return;
     changing();
+    const char* uri = (ns && *ns) ? ns : namespace_.c_str();
+    if (draft_) {
+        Draft::Level& level = draft_->top();
+        if (level.stamped)
+            return; // the outermost writer stamped first; its label stays
+        if (*uri && level.startOpen) {
+            // A written element declares nothing: its scope is its host's.
+            Caches& c = scopeCache(node_);
+            if (c.stampAttribute.empty() || c.stampUri != uri) {
+                xml_node host = nodeOf(node_);
+                const char* prefix = findPrefixFor(host, uri);
+                std::string p = prefix ? std::string(prefix) : declarePrefix(host, prefixBaseFor(uri), uri);
+                const char* xsi = findPrefixFor(host, kXsiURI);
+                std::string a = xsi ? std::string(xsi) : declarePrefix(host, "xsi", kXsiURI);
+                if (!prefix || !xsi)
+                    ++doc_->tree->scopeGen;
+                Caches& fresh = scopeCache(node_);
+                fresh.stampUri.assign(uri);
+                fresh.stampPrefix.swap(p);
+                fresh.stampAttribute.swap(a.append(":type"));
+            }
+            Caches& cached = scopeCache(node_);
+            cached.scratch.assign(cached.stampPrefix).append(1, ':').append(type);
+            draft_->attribute(cached.stampAttribute.c_str(), cached.scratch.c_str());
+            level.stamped = true;
+            return;
+        }
+        real();
+    }
     xml_node el = nodeOf(node_);
+    // An element without attributes sees the bindings of its parent: the
+    // prefixes found for a sibling's stamp hold while no declaration changes.
+    xml_node parent = el.parent();
+    const bool cacheable = *uri && !el.first_attribute() && parent.type() == pugi::node_element;
+    if (cacheable) {
+        Caches& c = scopeCache(parent.internal_object());
+        if (!c.stampAttribute.empty() && c.stampUri == uri) {
+            c.scratch.assign(c.stampPrefix).append(1, ':').append(type);
+            el.append_attribute(c.stampAttribute.c_str()).set_value(c.scratch.c_str());
+            return;
+        }
+    }
     if (findXsiType(el))
         return; // the outermost writer stamped first; its label stays
-    const char* uri = (ns && *ns) ? ns : namespace_.c_str();
     std::string value;
+    std::string prefix;
     if (*uri) {
-        const char* prefix = findPrefixFor(el, uri);
-        value = prefix ? std::string(prefix) : declarePrefix(el, prefixBaseFor(uri), uri);
+        const char* found = findPrefixFor(el, uri);
+        if (!found)
+            ++doc_->tree->scopeGen;
+        prefix = found ? std::string(found) : declarePrefix(el, prefixBaseFor(uri), uri);
+        value = prefix;
         value += ':';
     } else if (*lookupPrefix(el, "", 0)) {
         // An unprefixed type would take the default namespace in scope.
         if (el.attribute("xmlns"))
             return;
+        ++doc_->tree->scopeGen;
         el.append_attribute("xmlns").set_value("");
     }
     value += type;
     const char* xsi = findPrefixFor(el, kXsiURI);
-    std::string xsiPrefix = xsi ? std::string(xsi) : declarePrefix(el, "xsi", kXsiURI);
-    el.append_attribute((xsiPrefix + ":type").c_str()).set_value(value.c_str());
+    if (!xsi)
+        ++doc_->tree->scopeGen;
+    std::string xsiAttribute = xsi ? std::string(xsi) : declarePrefix(el, "xsi", kXsiURI);
+    xsiAttribute += ":type";
+    el.append_attribute(xsiAttribute.c_str()).set_value(value.c_str());
+    if (cacheable) {
+        // Declarations go on the outermost element, in the parent's scope.
+        Caches& c = scopeCache(parent.internal_object());
+        c.stampUri.assign(uri);
+        c.stampPrefix.swap(prefix);
+        c.stampAttribute.swap(xsiAttribute);
+    }
 }
 
 std::string HNKMessageIterator::getTypeName() const
 {
-    if (!node_)
-        return std::string();
-    xml_node el = nodeOf(node_);
-    xml_attribute a = findXsiType(el);
-    if (!a)
-        return std::string();
-    std::string_view prefix, local;
-    if (!splitQName(trimBlanks(a.value()), prefix, local))
-        return std::string();
-    const char* uri = lookupPrefix(el, prefix.data(), prefix.size());
-    if (!uri)
-        return std::string();
     std::string key;
-    key.reserve(std::strlen(uri) + 1 + local.size());
-    if (*uri) {
-        key += uri;
+    std::string_view uri, local;
+    if (!getTypeName(uri, local))
+        return key;
+    key.reserve(uri.size() + 1 + local.size());
+    if (!uri.empty()) {
+        key.assign(uri.data(), uri.size());
         key += ':';
     }
-    key += local;
+    key.append(local.data(), local.size());
     return key;
+}
+
+bool HNKMessageIterator::getTypeName(std::string_view& uri, std::string_view& local) const
+{
+    if (!node_)
+        return false;
+    real();
+    xml_node el = nodeOf(node_);
+    for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
+        const char* name = a.name();
+        const char* colon = std::strchr(name, ':');
+        if (!colon || std::strcmp(colon + 1, "type") != 0)
+            continue;
+        const char* xsi = resolvePrefix(node_, name, static_cast<size_t>(colon - name));
+        if (!xsi || std::strcmp(xsi, kXsiURI) != 0)
+            continue;
+        std::string_view prefix;
+        if (!splitQName(trimBlanks(a.value()), prefix, local))
+            return false;
+        const char* bound = resolvePrefix(node_, prefix.data(), prefix.size());
+        if (!bound)
+            return false;
+        uri = bound;
+        return true;
+    }
+    return false;
 }
 
 void HNKMessageIterator::applySecondaryID(int id)
 {
     if (!node_)
         return;
+    real();
     changing();
     xml_node el = nodeOf(node_);
     xml_attribute a = el.attribute("secondary_id");
@@ -1164,6 +1887,35 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
         return -1;
     }
     changing();
+    if (draft_ || draftable()) {
+        // A new child, or the first text of an element written in a draft,
+        // is one more entry in the draft; anything else takes nodes.
+        const char* name = nullptr;
+        if constexpr (std::is_same<ID, int>::value)
+            name = id == 0 ? "" : HNKElementDictionary::findName(id);
+        else
+            name = id ? id : "";
+        Draft* here = name && (*name || draft_) && (!*name || isValidTag(name)) ? draftHere() : nullptr;
+        if (here) {
+            Draft& d = *here;
+            size_t length = std::strlen(name);
+            if (!*name) {
+                Draft::Level& level = d.top();
+                if (level.startOpen) {
+                    d.text(value, size);
+                    return 0;
+                }
+            } else if (!d.hasChild(name, length, Draft::bitOf(name, length))) {
+                d.open(name, length);
+                d.text(value, size);
+                d.close();
+                return 0;
+            }
+        }
+        real();
+        if (!draft_ && doc_->tree->drafts.count(node_))
+            doc_->tree->realize(node_);
+    }
     xml_node_struct* n = target(id);
     if (n)
         return setTextOf(nodeOf(n), value, size) ? 0 : -1;
@@ -1362,11 +2114,13 @@ HNKMessageIterator HNKMessageIterator::cloneSubtree() const
     HNKMessageIterator out;
     if (!node_)
         return out;
+    real();
     settled();
     xml_node self = nodeOf(node_);
     out.attach(boost::shared_ptr<Document>(new Document));
     out.doc_->tree->prefixedNames = doc_->tree->prefixedNames;
     xml_node copy = out.doc_->tree->xml.append_copy(self);
+    Tree::carryDrafts(*doc_->tree, self, *out.doc_->tree, copy);
     for (const auto& b : bindingsInScope(self.parent()))
         if (!copy.attribute(b.first))
             copy.append_attribute(b.first).set_value(b.second);
@@ -1378,12 +2132,16 @@ std::string HNKMessageIterator::linkedXML() const
 {
     const std::vector<Tree::Link>& links = doc_->tree->links;
     std::unordered_map<xml_node_struct*, const Tree::Link*> placeholders;
-    std::unordered_map<xml_node_struct*, bool> onPath; // ancestors of placeholders
+    std::unordered_map<xml_node_struct*, bool> onPath; // ancestors of placeholders and drafts
     for (const Tree::Link& l : links) {
         placeholders[l.placeholder] = &l;
         for (xml_node n = xml_node(l.placeholder).parent(); n && n.type() == pugi::node_element; n = n.parent())
             onPath[n.internal_object()] = true;
     }
+    const auto& drafts = doc_->tree->drafts;
+    for (const auto& d : drafts)
+        for (xml_node n = xml_node(d.first).parent(); n && n.type() == pugi::node_element; n = n.parent())
+            onPath[n.internal_object()] = true;
     const unsigned flags = pugi::format_raw | pugi::format_no_declaration;
     StringWriter w;
     // A start tag exactly as pugixml writes it: a childless shallow copy
@@ -1423,6 +2181,13 @@ std::string HNKMessageIterator::linkedXML() const
             endTag(n);
             return;
         }
+        auto draft = drafts.empty() ? drafts.end() : drafts.find(n.internal_object());
+        if (draft != drafts.end()) {
+            startTag(n); // a host holds nothing but its draft
+            draft->second->write(w.out);
+            endTag(n);
+            return;
+        }
         if (!onPath.count(n.internal_object())) {
             n.print(w, "", flags, pugi::encoding_utf8);
             return;
@@ -1440,9 +2205,11 @@ std::string HNKMessageIterator::linkedXML() const
 
 HNKMessageIterator HNKMessageIterator::shareSubtree() const
 {
+    real();
     if (!node_ || node_ != doc_->tree->xml.document_element().internal_object())
         return cloneSubtree();
     settled(); // a shared tree has no links
+    doc_->tree->realizeAll(); // nor drafts
     HNKMessageIterator out;
     out.attach(boost::shared_ptr<Document>(new Document(doc_->tree)));
     out.node_ = node_;
@@ -1457,6 +2224,8 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
 {
     if (!node_ || !source.node_)
         return -1;
+    source.real();
+    looked(); // its new child goes after the content it has
     changing();
     source.settled();
     xml_node from = nodeOf(source.node_);
@@ -1464,6 +2233,7 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
     if (doc_ == source.doc_ && isSameOrAncestor(from, to))
         return -1;
     doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
+    ++doc_->tree->childGen; // declarations go on the new copy only
     // Only an element with element children is worth linking, and only from
     // another tree; its leading text, if any, must need no escaping (toXML
     // writes it through pugixml as a text node, which would escape it alike,
@@ -1473,7 +2243,7 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
         bool elementChild = false;
         for (xml_node c = from.first_child(); link && c && !elementChild; c = c.next_sibling())
             elementChild = c.type() == pugi::node_element;
-        link = link && elementChild;
+        link = link && elementChild && source.doc_->tree->drafts.empty();
     }
     xml_node copy;
     if (link) {
@@ -1485,17 +2255,48 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
         doc_->tree->links.push_back(Tree::Link{copy.internal_object(), source_tree, from.internal_object()});
     } else {
         copy = to.append_copy(from);
+        Tree::carryDrafts(*source.doc_->tree, from, *doc_->tree, copy);
     }
-    std::vector<std::pair<const char*, const char*>> missing;
-    for (const auto& b : bindingsInScope(from.parent())) {
-        const char* here = resolveDeclName(to, b.first);
-        if (!here || std::strcmp(here, b.second) != 0)
-            missing.push_back(b);
+    // What the scopes of the source's parent and of this element differ in
+    // is the same for every child of one parent copied here (a record
+    // writer copies them all): kept while neither scope changes.
+    const Tree& st = *source.doc_->tree;
+    const Tree& tt = *doc_->tree;
+    if (!caches_)
+        caches_.reset(new Caches);
+    Caches& cc = *caches_;
+    xml_node fromParent = from.parent();
+    if (cc.copySourceSerial != st.serial || cc.copySourceGen != st.scopeGen ||
+        cc.copySourceParent != fromParent.internal_object() || cc.copyTargetSerial != tt.serial ||
+        cc.copyTargetGen != tt.scopeGen || cc.copyTarget != node_) {
+        cc.copySourceSerial = st.serial;
+        cc.copySourceGen = st.scopeGen;
+        cc.copySourceParent = fromParent.internal_object();
+        cc.copyTargetSerial = tt.serial;
+        cc.copyTargetGen = tt.scopeGen;
+        cc.copyTarget = node_;
+        cc.copyMissing.clear();
+        for (const auto& b : bindingsInScope(fromParent)) {
+            const char* here = resolveDeclName(to, b.first);
+            if (!here || std::strcmp(here, b.second) != 0)
+                cc.copyMissing.push_back(b);
+        }
+        cc.copyTargetDefault = resolveDeclName(to, "xmlns");
+        cc.copyParentDefault = fromParent.type() == pugi::node_element ? resolveDeclName(fromParent, "xmlns") : "";
     }
+    const std::vector<std::pair<const char*, const char*>>& missing = cc.copyMissing;
     // Only a binding not already in scope here can be needed, so the subtree
     // is searched for the prefixes it names only when there is one.
     if (!missing.empty()) {
-        const std::vector<std::string> used = prefixesUsed(from);
+        std::vector<std::string> used = prefixesUsed(from);
+        for (const auto& d : source.doc_->tree->drafts)
+            if (isSameOrAncestor(from, xml_node(d.first)))
+                d.second->notePrefixes([&used](const char* qname, size_t length) {
+                    const char* colon = static_cast<const char*>(std::memchr(qname, ':', length));
+                    std::string prefix(qname, colon ? static_cast<size_t>(colon - qname) : 0);
+                    if (colon && prefix != "xmlns" && std::find(used.begin(), used.end(), prefix) == used.end())
+                        used.push_back(prefix);
+                });
         for (const auto& b : missing) {
             if (b.first[5] == ':' && std::find(used.begin(), used.end(), b.first + 6) == used.end())
                 continue; // a binding the copy never names
@@ -1504,8 +2305,10 @@ int HNKMessageIterator::appendCopy(const HNKMessageIterator& source, bool link)
         }
     }
     // A copy in no namespace must not fall into a default namespace here.
-    const char* targetDefault = resolveDeclName(to, "xmlns");
-    const char* sourceDefault = resolveDeclName(from, "xmlns");
+    const char* targetDefault = cc.copyTargetDefault;
+    const char* sourceDefault = cc.copyParentDefault;
+    if (xml_attribute own = from.attribute("xmlns"))
+        sourceDefault = own.value();
     if (targetDefault && *targetDefault && !(sourceDefault && *sourceDefault) && !copy.attribute("xmlns"))
         copy.append_attribute("xmlns").set_value("");
     return 0;
@@ -1515,12 +2318,16 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
 {
     if (!node_ || !source.node_)
         return -1;
+    source.real();
+    source.looked();
+    looked();
     changing();
     if (doc_ == source.doc_ && isSameOrAncestor(nodeOf(source.node_), nodeOf(node_)))
         return appendChildrenCopy(source.cloneSubtree()); // copying a subtree into itself
     xml_node from = nodeOf(source.node_);
     xml_node to = nodeOf(node_);
     doc_->tree->prefixedNames = doc_->tree->prefixedNames || source.doc_->tree->prefixedNames;
+    doc_->tree->restructured();
     std::vector<std::pair<const char*, const char*>> needed;
     for (const auto& b : bindingsInScope(from)) {
         const char* here = resolveDeclName(to, b.first);
@@ -1533,6 +2340,7 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
         xml_node copy = to.append_copy(c);
         if (copy.type() != pugi::node_element)
             continue;
+        Tree::carryDrafts(*source.doc_->tree, c, *doc_->tree, copy);
         for (const auto& b : needed)
             if (!copy.attribute(b.first))
                 copy.append_attribute(b.first).set_value(b.second);

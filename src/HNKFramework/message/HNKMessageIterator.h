@@ -20,7 +20,9 @@
 // parse failure also set getErrorMessage().
 #include <boost/shared_ptr.hpp>
 
+#include <memory>
 #include <string>
+#include <string_view>
 
 namespace pugi {
 struct xml_node_struct;
@@ -119,6 +121,10 @@ public:
     // same). An unprefixed type takes the default namespace when one is in
     // scope, else the key is the bare type name. "" when not stamped.
     virtual std::string getTypeName() const;
+    // The same key in its two parts, without building it: `uri` (empty when
+    // the key is the bare type name) and `local`, views into the tree valid
+    // until it changes. False when not stamped.
+    bool getTypeName(std::string_view& uri, std::string_view& local) const;
     // Records a secondary ID as the attribute secondary_id="N" of the element.
     virtual void applySecondaryID(int id);
 
@@ -255,6 +261,30 @@ private:
 
     struct Tree;
     struct Document;
+    struct Caches;
+    struct Draft;
+    // A cursor inside a draft (see Draft) is on a written element that has
+    // no node yet; every operation but the writes a draft records first
+    // turns the draft into nodes (real()). `looked`: before looking inside
+    // the element under the cursor.
+    void real() const;
+    void looked() const;
+    // The element under the cursor can take its new content as a draft.
+    bool draftable() const;
+    // The draft new content under the cursor goes to, or nullptr for nodes.
+    Draft* draftHere();
+    // This cursor leaves the draft it is in, as if it ascended to its host.
+    void leaveDraft() const;
+    // The first element child of the current element with this local name,
+    // through this cursor's child index.
+    pugi::xml_node_struct* indexedChild(const char* tag) const;
+    // After this cursor appended element `child` under `parent`.
+    void noteCreated(pugi::xml_node_struct* parent, pugi::xml_node_struct* child);
+    // This cursor's caches, made valid for the scope of element `scope`.
+    Caches& scopeCache(pugi::xml_node_struct* scope) const;
+    // URI bound to a prefix at element `el` ("" for an undeclared default
+    // namespace; nullptr when unbound), through scopeCache.
+    const char* resolvePrefix(pugi::xml_node_struct* el, const char* prefix, size_t len) const;
     // Joins `doc`'s list of cursors (leaving the one it was on).
     void attach(const boost::shared_ptr<Document>& doc);
     void detach();
@@ -274,6 +304,11 @@ private:
     // The other cursors of the same document.
     HNKMessageIterator* prevInDoc_ = nullptr;
     HNKMessageIterator* nextInDoc_ = nullptr;
+    // Lookup caches of this cursor alone (never copied or shared, so other
+    // cursors on other threads never see them); checked against the tree's
+    // change counters before each use.
+    mutable std::unique_ptr<Caches> caches_;
+    mutable Draft* draft_ = nullptr;
 };
 
 #include "HNKSerialization.h"

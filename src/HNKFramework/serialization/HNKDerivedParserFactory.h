@@ -23,7 +23,33 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <typeinfo>
+
+// A registry key "URI:type" (or "type" without a namespace) in its two parts,
+// compared with the keys in place so a lookup per element builds no string.
+struct HNKTypeKey {
+    std::string_view uri, local;
+
+    // <0, 0, >0 as the joined key sorts before, as, after `s`.
+    int compare(const std::string& s) const
+    {
+        const std::string_view pieces[3] = {uri, uri.empty() ? std::string_view() : std::string_view(":"), local};
+        size_t at = 0;
+        for (const std::string_view& piece : pieces) {
+            size_t n = std::min(piece.size(), s.size() - at);
+            int c = std::char_traits<char>::compare(piece.data(), s.data() + at, n);
+            if (c != 0)
+                return c;
+            if (n < piece.size())
+                return 1;
+            at += n;
+        }
+        return at < s.size() ? -1 : 0;
+    }
+    friend bool operator<(const HNKTypeKey& k, const std::string& s) { return k.compare(s) < 0; }
+    friend bool operator<(const std::string& s, const HNKTypeKey& k) { return k.compare(s) > 0; }
+};
 
 template <class B, class BP = B>
 class HNKDerivedParserFactory {
@@ -197,7 +223,8 @@ public:
     {
         typename Factory::FactoryData& d = Factory::factoryData();
         Factory* factory = nullptr;
-        auto found = d.factories.find(it.getTypeName());
+        HNKTypeKey key;
+        auto found = it.getTypeName(key.uri, key.local) ? d.factories.find(key) : d.factories.find("");
         if (found != d.factories.end() && found->second)
             factory = found->second;
         else if (useDefault_ && d.defaultFactory)
