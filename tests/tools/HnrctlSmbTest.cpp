@@ -31,35 +31,35 @@ protected:
     void SetUp() override
     {
         SmbServerTest::SetUp();
-        m_share = smb.authShare;
-        m_user = smb.user;
-        m_password = smb.password;
-        m_dir = fs::temp_directory_path() / fs::unique_path("hnrctl-smb-%%%%%%%%");
-        fs::create_directories(m_dir);
+        share_ = smb.authShare;
+        user_ = smb.user;
+        password_ = smb.password;
+        dir_ = fs::temp_directory_path() / fs::unique_path("hnrctl-smb-%%%%%%%%");
+        fs::create_directories(dir_);
     }
 
     void TearDown() override
     {
-        for (const HnrctlRun& run : m_runs) {
-            EXPECT_EQ(std::string::npos, run.out.find(m_password)) << run.out;
-            EXPECT_EQ(std::string::npos, run.err.find(m_password)) << run.err;
+        for (const HnrctlRun& run : runs_) {
+            EXPECT_EQ(std::string::npos, run.out.find(password_)) << run.out;
+            EXPECT_EQ(std::string::npos, run.err.find(password_)) << run.err;
         }
         boost::system::error_code ec;
-        fs::remove_all(m_dir, ec);
+        fs::remove_all(dir_, ec);
     }
 
     // The binary with -U and the password in HNR_SMB_PASSWORD.
     HnrctlRun run(std::vector<std::string> args, const std::string& password)
     {
         args.push_back("-U");
-        args.push_back(m_user);
+        args.push_back(user_);
         HnrctlRun r = runBinary(args, {{"HNR_SMB_PASSWORD", password}});
-        m_runs.push_back(r);
+        runs_.push_back(r);
         return r;
     }
-    HnrctlRun run(const std::vector<std::string>& args) { return run(args, m_password); }
+    HnrctlRun run(const std::vector<std::string>& args) { return run(args, password_); }
 
-    std::string onShare(const std::string& name) const { return m_share + "\\" + name; }
+    std::string onShare(const std::string& name) const { return share_ + "\\" + name; }
 
     void writeFile(const fs::path& path, size_t size, char seed)
     {
@@ -69,9 +69,9 @@ protected:
             out.put(static_cast<char>(seed + i * 7 + i / 251));
     }
 
-    std::string m_share, m_user, m_password;
-    fs::path m_dir;
-    std::vector<HnrctlRun> m_runs;
+    std::string share_, user_, password_;
+    fs::path dir_;
+    std::vector<HnrctlRun> runs_;
 };
 
 // Every line of err is "label: N.N%  DONE of TOTAL bytes  RATE  H:MM:SS left",
@@ -110,7 +110,7 @@ std::string contents(const fs::path& p) { return slurp(p.string()); }
 
 TEST_F(HnrctlSmbTest, PutSizeListGetGiveBackTheSameBytes)
 {
-    fs::path tree = m_dir / "my tree";
+    fs::path tree = dir_ / "my tree";
     writeFile(tree / "big file.bin", 3 * 1024 * 1024 + 17, 'a');
     writeFile(tree / "notes.txt", 12, 'n');
     writeFile(tree / "sub folder" / "inner file.dat", 4096, 'z');
@@ -139,7 +139,7 @@ TEST_F(HnrctlSmbTest, PutSizeListGetGiveBackTheSameBytes)
     EXPECT_NE(std::string::npos, r.out.find("2 file(s), 1 folder(s), 3145757 bytes in files\n")) << r.out;
     EXPECT_EQ(std::string::npos, r.out.find(" .\n"));
 
-    fs::path back = m_dir / "back here";
+    fs::path back = dir_ / "back here";
     r = run({"share", "get", "--to", back.string(), onShare("hnrctl up\\my tree")});
     ASSERT_EQ(0, r.status) << r.err;
     expectProgressLines(r.err, "get");
@@ -156,7 +156,7 @@ TEST_F(HnrctlSmbTest, PutSizeListGetGiveBackTheSameBytes)
 
 TEST_F(HnrctlSmbTest, ContentsOfAFolderAndGuestAccess)
 {
-    fs::path tree = m_dir / "t";
+    fs::path tree = dir_ / "t";
     writeFile(tree / "one", 10, '1');
     writeFile(tree / "two", 20, '2');
     // Guest share, no -U: the guest logon.
@@ -175,15 +175,15 @@ TEST_F(HnrctlSmbTest, ContentsOfAFolderAndGuestAccess)
 
 TEST_F(HnrctlSmbTest, FolderErrorsKeepTheModulesMessages)
 {
-    HnrctlRun r = run({"share", "mkdir", m_share, "twice"});
+    HnrctlRun r = run({"share", "mkdir", share_, "twice"});
     ASSERT_EQ(0, r.status) << r.err;
-    r = run({"share", "mkdir", m_share, "twice"});
+    r = run({"share", "mkdir", share_, "twice"});
     EXPECT_EQ(1, r.status);
     EXPECT_NE(std::string::npos, r.err.find("directory already exist")) << r.err;
     EXPECT_EQ("", r.out);
-    r = run({"share", "rmdir", m_share, "twice"});
+    r = run({"share", "rmdir", share_, "twice"});
     EXPECT_EQ(0, r.status) << r.err;
-    r = run({"share", "rmdir", m_share, "twice"});
+    r = run({"share", "rmdir", share_, "twice"});
     EXPECT_EQ(1, r.status);
     EXPECT_NE(std::string::npos, r.err.find("directory does not exist")) << r.err;
 }
@@ -191,34 +191,34 @@ TEST_F(HnrctlSmbTest, FolderErrorsKeepTheModulesMessages)
 TEST_F(HnrctlSmbTest, WrongPasswordIsALogonFailure)
 {
     for (const char* cmd : {"check", "ls"}) {
-        HnrctlRun r = run({"share", cmd, m_share}, "Wrong-" + m_password.substr(0, 3));
+        HnrctlRun r = run({"share", cmd, share_}, "Wrong-" + password_.substr(0, 3));
         EXPECT_EQ(1, r.status) << cmd;
         EXPECT_EQ("", r.out);
         EXPECT_NE(std::string::npos, r.err.find("Logon failure: unknown user name or bad password")) << r.err;
         // One line: the module's own error log lines stay quiet without -v.
         EXPECT_EQ(1, std::count(r.err.begin(), r.err.end(), '\n')) << r.err;
     }
-    HnrctlRun r = run({"share", "check", m_share});
+    HnrctlRun r = run({"share", "check", share_});
     EXPECT_EQ(0, r.status) << r.err;
 }
 
 TEST_F(HnrctlSmbTest, PasswordFileServesAsWellAsTheEnvironment)
 {
-    fs::path file = m_dir / "pw";
-    std::ofstream(file.string()) << m_password << "\n";
-    HnrctlRun r = runBinary({"share", "check", "-U", m_user, "--password-file", file.string(), m_share},
+    fs::path file = dir_ / "pw";
+    std::ofstream(file.string()) << password_ << "\n";
+    HnrctlRun r = runBinary({"share", "check", "-U", user_, "--password-file", file.string(), share_},
                             {{"HNR_SMB_PASSWORD", ""}});
-    m_runs.push_back(r);
+    runs_.push_back(r);
     EXPECT_EQ(0, r.status) << r.err;
-    EXPECT_EQ("ok: the share of '" + m_share + "' answers\n", r.out);
+    EXPECT_EQ("ok: the share of '" + share_ + "' answers\n", r.out);
 }
 
 TEST_F(HnrctlSmbTest, VerboseShowsTheModulesInformationLines)
 {
-    HnrctlRun quiet = run({"share", "check", m_share});
+    HnrctlRun quiet = run({"share", "check", share_});
     EXPECT_EQ(0, quiet.status);
     EXPECT_EQ("", quiet.err);
-    HnrctlRun loud = run({"-v", "share", "check", m_share});
+    HnrctlRun loud = run({"-v", "share", "check", share_});
     EXPECT_EQ(0, loud.status);
     EXPECT_NE(std::string::npos, loud.err.find("[smbclientApi] share '//127.0.0.1/auth'")) << loud.err;
 }
@@ -238,7 +238,7 @@ std::string slashForm(const std::string& unc)
 // one line naming the path as the user wrote it; -v adds the details.
 TEST_F(HnrctlSmbTest, EveryPathFormWorksAndErrorsComeInTheUsersForm)
 {
-    const std::string slash = slashForm(m_share);
+    const std::string slash = slashForm(share_);
     const std::string url = "smb:" + slash;
 
     HnrctlRun r = run({"share", "mkdir", url + "/forms"});
@@ -262,9 +262,9 @@ TEST_F(HnrctlSmbTest, EveryPathFormWorksAndErrorsComeInTheUsersForm)
     EXPECT_EQ("hnrctl: share mkdir: Can't create directory 'b' on share '" + slash +
                   "/forms/a': directory already exist\n",
               r.err);
-    r = run({"share", "mkdir", m_share + "\\forms\\a\\b"});
+    r = run({"share", "mkdir", share_ + "\\forms\\a\\b"});
     EXPECT_EQ(1, r.status);
-    EXPECT_EQ("hnrctl: share mkdir: Can't create directory 'b' on share '" + m_share +
+    EXPECT_EQ("hnrctl: share mkdir: Can't create directory 'b' on share '" + share_ +
                   "\\forms\\a': directory already exist\n",
               r.err);
 
@@ -299,28 +299,28 @@ TEST_F(HnrctlSmbTest, EveryPathFormWorksAndErrorsComeInTheUsersForm)
 // share root is everything on the share.
 TEST_F(HnrctlSmbTest, ListingIsSortedAndSizeCoversTheShareRoot)
 {
-    fs::path tree = m_dir / "sorted";
+    fs::path tree = dir_ / "sorted";
     writeFile(tree / "b.txt", 5, 'b');
     writeFile(tree / "A.txt", 3, 'a');
     writeFile(tree / "c dir" / "x", 7, 'x');
-    HnrctlRun r = run({"share", "put", "-q", m_share, tree.string()});
+    HnrctlRun r = run({"share", "put", "-q", share_, tree.string()});
     ASSERT_EQ(0, r.status) << r.err;
     EXPECT_EQ("", r.err); // -q: no progress
 
-    r = run({"share", "ls", m_share + "\\sorted"});
+    r = run({"share", "ls", share_ + "\\sorted"});
     ASSERT_EQ(0, r.status) << r.err;
     EXPECT_EQ("-              3  A.txt\n"
               "-              5  b.txt\n"
               "d              0  c dir\n"
               "2 file(s), 1 folder(s), 8 bytes in files\n",
               r.out);
-    r = run({"share", "ls", m_share + "\\sorted", "*.TXT"});
+    r = run({"share", "ls", share_ + "\\sorted", "*.TXT"});
     EXPECT_EQ("-              3  A.txt\n-              5  b.txt\n2 file(s), 0 folder(s), 8 bytes in files\n", r.out);
 
-    r = run({"share", "ls", "--json", m_share + "\\sorted"});
+    r = run({"share", "ls", "--json", share_ + "\\sorted"});
     ASSERT_EQ(0, r.status) << r.err;
     nlohmann::json listing = nlohmann::json::parse(r.out);
-    EXPECT_EQ(m_share + "\\sorted", listing["path"]);
+    EXPECT_EQ(share_ + "\\sorted", listing["path"]);
     ASSERT_EQ(3u, listing["entries"].size());
     EXPECT_EQ("A.txt", listing["entries"][0]["name"]);
     EXPECT_EQ("file", listing["entries"][0]["type"]);
@@ -340,45 +340,45 @@ TEST_F(HnrctlSmbTest, ListingIsSortedAndSizeCoversTheShareRoot)
             onDisk += fs::file_size(it->path());
     }
     EXPECT_GE(onDisk, 15u);
-    r = run({"share", "size", m_share});
+    r = run({"share", "size", share_});
     ASSERT_EQ(0, r.status) << r.err;
     EXPECT_EQ(std::to_string(onDisk) + "\n", r.out);
-    r = run({"share", "size", "--json", slashForm(m_share) + "/sorted"});
+    r = run({"share", "size", "--json", slashForm(share_) + "/sorted"});
     ASSERT_EQ(0, r.status) << r.err;
-    EXPECT_EQ(nlohmann::json({{"path", slashForm(m_share) + "/sorted"}, {"bytes", 15}}), nlohmann::json::parse(r.out));
+    EXPECT_EQ(nlohmann::json({{"path", slashForm(share_) + "/sorted"}, {"bytes", 15}}), nlohmann::json::parse(r.out));
 
-    r = run({"share", "ls", m_share});
+    r = run({"share", "ls", share_});
     EXPECT_NE(std::string::npos, r.out.find("d              0  sorted\n")) << r.out;
-    EXPECT_EQ(0, run({"share", "rmdir", m_share, "sorted"}).status);
+    EXPECT_EQ(0, run({"share", "rmdir", share_, "sorted"}).status);
 }
 
 // -A FILE in smbclient's format; no password and no terminal is a usage error.
 TEST_F(HnrctlSmbTest, AuthenticationFileServesAsSmbclientsDoes)
 {
-    const std::string file = (m_dir / "auth").string();
-    std::ofstream(file) << "# for the backup share\nusername = " << m_user << "\npassword = " << m_password << "\n";
-    HnrctlRun r = runBinary({"share", "check", "-A", file, m_share}, {{"HNR_SMB_PASSWORD", ""}});
-    m_runs.push_back(r);
+    const std::string file = (dir_ / "auth").string();
+    std::ofstream(file) << "# for the backup share\nusername = " << user_ << "\npassword = " << password_ << "\n";
+    HnrctlRun r = runBinary({"share", "check", "-A", file, share_}, {{"HNR_SMB_PASSWORD", ""}});
+    runs_.push_back(r);
     EXPECT_EQ(0, r.status) << r.err;
-    EXPECT_EQ("ok: the share of '" + m_share + "' answers\n", r.out);
+    EXPECT_EQ("ok: the share of '" + share_ + "' answers\n", r.out);
 
-    std::ofstream(file) << "username = " << m_user << "\npassword = not-" << m_password << "\n";
-    r = runBinary({"share", "check", "-A", file, m_share}, {{"HNR_SMB_PASSWORD", ""}});
-    m_runs.push_back(r);
+    std::ofstream(file) << "username = " << user_ << "\npassword = not-" << password_ << "\n";
+    r = runBinary({"share", "check", "-A", file, share_}, {{"HNR_SMB_PASSWORD", ""}});
+    runs_.push_back(r);
     EXPECT_EQ(1, r.status);
-    EXPECT_EQ("hnrctl: share check: " + m_share + ": Logon failure: unknown user name or bad password\n", r.err);
+    EXPECT_EQ("hnrctl: share check: " + share_ + ": Logon failure: unknown user name or bad password\n", r.err);
 
-    std::ofstream(file) << "user " << m_user << "\n";
-    r = runBinary({"share", "check", "-A", file, m_share}, {{"HNR_SMB_PASSWORD", ""}});
+    std::ofstream(file) << "user " << user_ << "\n";
+    r = runBinary({"share", "check", "-A", file, share_}, {{"HNR_SMB_PASSWORD", ""}});
     EXPECT_EQ(1, r.status);
     EXPECT_EQ("hnrctl: share check: the authentication file '" + file +
                   "' does not read at line 1: expected 'username = ...', 'password = ...' or 'domain = ...'\n",
               r.err);
 
     // -U without any password source, standard input not a terminal.
-    r = runBinary({"share", "check", "-U", m_user, m_share}, {{"HNR_SMB_PASSWORD", ""}});
+    r = runBinary({"share", "check", "-U", user_, share_}, {{"HNR_SMB_PASSWORD", ""}});
     EXPECT_EQ(2, r.status);
-    EXPECT_NE(std::string::npos, r.err.find("-U " + m_user + " needs a password")) << r.err;
+    EXPECT_NE(std::string::npos, r.err.find("-U " + user_ + " needs a password")) << r.err;
 }
 
 // On a terminal the password is asked for without echo, as smbclient does.
@@ -389,8 +389,8 @@ TEST_F(HnrctlSmbTest, PasswordPromptOnATerminalDoesNotEcho)
     ASSERT_GE(pid, 0);
     if (pid == 0) {
         unsetenv("HNR_SMB_PASSWORD");
-        std::string share = slashForm(m_share);
-        execl(HNRCTL_PATH, HNRCTL_PATH, "share", "check", "-U", m_user.c_str(), share.c_str(), (char*)nullptr);
+        std::string share = slashForm(share_);
+        execl(HNRCTL_PATH, HNRCTL_PATH, "share", "check", "-U", user_.c_str(), share.c_str(), (char*)nullptr);
         _exit(127);
     }
     // Everything the terminal shows; the password goes in once the prompt is there.
@@ -405,8 +405,8 @@ TEST_F(HnrctlSmbTest, PasswordPromptOnATerminalDoesNotEcho)
         if (n <= 0)
             break; // EIO: the program has ended
         screen.append(buffer, static_cast<size_t>(n));
-        if (!typed && screen.find("Password for [" + m_user + "]:") != std::string::npos) {
-            std::string line = m_password + "\n";
+        if (!typed && screen.find("Password for [" + user_ + "]:") != std::string::npos) {
+            std::string line = password_ + "\n";
             ASSERT_EQ(static_cast<ssize_t>(line.size()), write(master, line.data(), line.size()));
             typed = true;
         }
@@ -416,8 +416,8 @@ TEST_F(HnrctlSmbTest, PasswordPromptOnATerminalDoesNotEcho)
     ASSERT_EQ(pid, waitpid(pid, &wstatus, 0));
     EXPECT_TRUE(typed) << screen;
     EXPECT_TRUE(WIFEXITED(wstatus) && WEXITSTATUS(wstatus) == 0) << screen;
-    EXPECT_NE(std::string::npos, screen.find("ok: the share of '" + slashForm(m_share) + "' answers")) << screen;
-    EXPECT_EQ(std::string::npos, screen.find(m_password)) << "the password was echoed";
+    EXPECT_NE(std::string::npos, screen.find("ok: the share of '" + slashForm(share_) + "' answers")) << screen;
+    EXPECT_EQ(std::string::npos, screen.find(password_)) << "the password was echoed";
 }
 
 // SIGINT during a put: smbclient is killed and reaped, the file on the share
@@ -425,15 +425,15 @@ TEST_F(HnrctlSmbTest, PasswordPromptOnATerminalDoesNotEcho)
 TEST_F(HnrctlSmbTest, InterruptingAPutStopsTheToolAndExits130)
 {
     // Large and sparse: the transfer takes seconds, the local disk nothing.
-    fs::path big = m_dir / "interrupt-me.bin";
+    fs::path big = dir_ / "interrupt-me.bin";
     {
         std::ofstream out(big.string(), std::ios::binary);
         out.seekp(4LL * 1024 * 1024 * 1024 - 1);
         out.put('!');
     }
-    fs::path errFile = m_dir / "put.err";
+    fs::path errFile = dir_ / "put.err";
     const pid_t pid =
-        spawnBinary({"share", "put", "-U", m_user, m_share, big.string()}, {}, "/dev/null", "/dev/null", errFile.string());
+        spawnBinary({"share", "put", "-U", user_, share_, big.string()}, {}, "/dev/null", "/dev/null", errFile.string());
     ASSERT_GT(pid, 0);
 
     // Wait until bytes have reached the share.

@@ -8,27 +8,27 @@ namespace HNR {
 
 void HNRCancellation::cancel() noexcept
 {
-    m_cancelled.store(true, std::memory_order_release);
+    cancelled_.store(true, std::memory_order_release);
 }
 
 bool HNRCancellation::isCancelled() const noexcept
 {
-    return m_cancelled.load(std::memory_order_acquire);
+    return cancelled_.load(std::memory_order_acquire);
 }
 
 void HNRCancellation::reset() noexcept
 {
-    m_cancelled.store(false, std::memory_order_release);
+    cancelled_.store(false, std::memory_order_release);
 }
 
 HNRCancellationScope::HNRCancellationScope(HNRCancellation& c)
-    : m_previous(GenExec::setThreadStopFlag(&c.m_cancelled))
+    : previous_(GenExec::setThreadStopFlag(&c.cancelled_))
 {
 }
 
 HNRCancellationScope::~HNRCancellationScope()
 {
-    GenExec::setThreadStopFlag(m_previous);
+    GenExec::setThreadStopFlag(previous_);
 }
 
 } // namespace HNR

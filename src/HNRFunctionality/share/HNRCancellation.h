@@ -21,7 +21,7 @@ public:
 
 private:
     friend class HNRCancellationScope;
-    std::atomic<bool> m_cancelled{false};
+    std::atomic<bool> cancelled_{false};
 };
 
 // While it lives, every share and filesystem operation on the calling thread
@@ -37,7 +37,7 @@ public:
     HNRCancellationScope& operator=(const HNRCancellationScope&) = delete;
 
 private:
-    const std::atomic<bool>* m_previous;
+    const std::atomic<bool>* previous_;
 };
 
 } // namespace HNR

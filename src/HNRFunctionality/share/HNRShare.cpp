@@ -32,15 +32,15 @@ HNRShareConnection::~HNRShareConnection()
 
 void HNRShareConnection::clearPaths()
 {
-    m_sharePath.clear();
-    m_connectedSharePath.clear();
+    sharePath_.clear();
+    connectedSharePath_.clear();
 }
 
 bool HNRShareConnection::disconnect()
 {
     if (!isConnected())
         return true;
-    if (!m_mountPoint.getPath().empty() && !unmountApi(m_mountPoint.getPath(), m_sharePath))
+    if (!mountPoint_.getPath().empty() && !unmountApi(mountPoint_.getPath(), sharePath_))
         return failWithCurrentMessage("disconnect");
     // The empty mount point stays until the next mount or the destructor.
     clearPaths();
@@ -68,7 +68,7 @@ bool HNRShareConnection::connect(const HNRShareParams& params)
         std::string mountDir;
         if (isMountExist(share, params.login, mountDir)) {
             // Someone else's mount: ours (left from an earlier connection) goes.
-            m_mountPoint.remove();
+            mountPoint_.remove();
         } else {
             std::string candidate;
             bool created = false;
@@ -76,7 +76,7 @@ bool HNRShareConnection::connect(const HNRShareParams& params)
                 candidate = getMountRoot() + std::to_string(n);
                 if (pathExists(candidate))
                     continue;
-                if (m_mountPoint.create(candidate)) {
+                if (mountPoint_.create(candidate)) {
                     created = true;
                 } else if (errno != EEXIST) {
                     // Taken between the test and mkdir: try the next one.
@@ -91,13 +91,13 @@ bool HNRShareConnection::connect(const HNRShareParams& params)
             }
             if (!mountApi(candidate, share, params.login, params.password)) {
                 // Nothing mounted: the empty mount point goes at once.
-                m_mountPoint.remove();
+                mountPoint_.remove();
                 return failWithCurrentMessage(kFunction);
             }
             mountDir = candidate;
         }
-        m_sharePath = share;
-        m_connectedSharePath = mountDir;
+        sharePath_ = share;
+        connectedSharePath_ = mountDir;
 
         const fs::path inside = fs::path(mountDir) / getRelativeFromPath(path);
         struct stat st;
@@ -106,7 +106,7 @@ bool HNRShareConnection::connect(const HNRShareParams& params)
         const int error = errno;
         if (!disconnect())
             return false;
-        m_mountPoint.remove();
+        mountPoint_.remove();
         reportError(kFunction, "Failed to open file '" + params.path + "' on share '" + getWinPathString(sharePath) +
                                    "':" + std::strerror(error));
         return false;

@@ -51,10 +51,10 @@ public:
     // Unmounts the share if this object mounted it; on failure stays connected.
     bool disconnect();
     // Canonical path of the connected share ("//srv/share"); empty when not connected.
-    const std::string& getSharePath() const { return m_sharePath; }
+    const std::string& getSharePath() const { return sharePath_; }
     // Local directory where the share is mounted.
-    const std::string& getConnectedSharePath() const { return m_connectedSharePath; }
-    bool isConnected() const { return !m_sharePath.empty(); }
+    const std::string& getConnectedSharePath() const { return connectedSharePath_; }
+    bool isConnected() const { return !sharePath_.empty(); }
     void clearPaths();
 
     // True when the share of params.path answers a listing.
@@ -101,10 +101,10 @@ public:
     static std::string canonizePath(const std::string& s);
 
 private:
-    std::string m_sharePath;
-    std::string m_connectedSharePath;
+    std::string sharePath_;
+    std::string connectedSharePath_;
     // Set only when this object mounted the share itself.
-    HNRAutoDirectory m_mountPoint;
+    HNRAutoDirectory mountPoint_;
 };
 
 } // namespace HNR

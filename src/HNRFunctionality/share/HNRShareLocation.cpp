@@ -33,17 +33,17 @@ bool credentialsCarried(const char* function, const HNRShareParams& params)
 
 bool HNRShareLocation::parse(const char* function, const HNRShareParams& params)
 {
-    m_params = params;
+    params_ = params;
     if (!HNRShareScript::staysInside(function, "Share path", params.path) || !credentialsCarried(function, params))
         return false;
-    m_path = createCanonized(params.path);
-    m_folder = relative(getRelativeFromPath(m_path).string());
+    path_ = createCanonized(params.path);
+    folder_ = relative(getRelativeFromPath(path_).string());
     return true;
 }
 
 bool HNRShareLocation::run(const std::string& command, std::string& output, GenExec* runner) const
 {
-    return smbclientApi(m_path, m_params.login, m_params.password, command, output, runner);
+    return smbclientApi(path_, params_.login, params_.password, command, output, runner);
 }
 
 std::string HNRShareLocation::relative(const std::string& name)

@@ -19,11 +19,11 @@ public:
     // is no share is left for the run to refuse, with its own message.
     bool parse(const char* function, const HNRShareParams& params);
 
-    const HNRShareParams& params() const { return m_params; }
+    const HNRShareParams& params() const { return params_; }
     // Canonical slash form ("//srv/share/dir").
-    const boost::filesystem::path& path() const { return m_path; }
+    const boost::filesystem::path& path() const { return path_; }
     // The folder inside the share, slash form, no leading slash ("" at the root).
-    const std::string& folder() const { return m_folder; }
+    const std::string& folder() const { return folder_; }
 
     // smbclientApi on this location with its credentials.
     bool run(const std::string& command, std::string& output, GenExec* runner) const;
@@ -37,9 +37,9 @@ public:
     static std::string leafOf(const std::string& relative);
 
 private:
-    HNRShareParams m_params;
-    boost::filesystem::path m_path;
-    std::string m_folder;
+    HNRShareParams params_;
+    boost::filesystem::path path_;
+    std::string folder_;
 };
 
 // False (message set, logged under function) when login or password cannot

@@ -76,8 +76,8 @@ bool HNRShareRemoteTree::readListed(const HNRListingBlock& block, const std::str
 bool HNRShareRemoteTree::describe(const char* function, const std::vector<std::string>& names,
                                   const HNRShareLocation& loc)
 {
-    m_paths.clear();
-    m_runs = 0;
+    paths_.clear();
+    runs_ = 0;
     HNRShareScript script("prompt off; recurse");
     for (const std::string& name : names) {
         HNRShareRemotePath path;
@@ -92,21 +92,21 @@ bool HNRShareRemoteTree::describe(const char* function, const std::vector<std::s
             return false;
         if (script.add(function, HNRShareScript::list(path.relative)) < 0)
             return false;
-        m_paths.push_back(path);
+        paths_.push_back(path);
     }
     std::vector<HNRListingBlock> blocks;
     for (const std::string& command : script.scripts()) {
         std::string output;
-        ++m_runs;
+        ++runs_;
         if (!loc.run(command, output, nullptr))
             return failWithCurrentMessage(function);
         std::vector<HNRListingBlock> more = parseListing(output);
         for (HNRListingBlock& block : more)
             blocks.push_back(std::move(block));
     }
-    for (std::size_t i = 0; i < m_paths.size(); ++i) {
-        const std::string fromRoot = HNRShareLocation::join(loc.folder(), m_paths[i].relative);
-        if (i >= blocks.size() || !readListed(blocks[i], fromRoot, m_paths[i])) {
+    for (std::size_t i = 0; i < paths_.size(); ++i) {
+        const std::string fromRoot = HNRShareLocation::join(loc.folder(), paths_[i].relative);
+        if (i >= blocks.size() || !readListed(blocks[i], fromRoot, paths_[i])) {
             reportError(function, "Can't get path status '" + names[i] + "'");
             return false;
         }

@@ -31,17 +31,17 @@ public:
     // False (message set, logged under function) when a name is refused, a
     // run fails or a name is not listed.
     bool describe(const char* function, const std::vector<std::string>& names, const HNRShareLocation& loc);
-    const std::vector<HNRShareRemotePath>& paths() const { return m_paths; }
+    const std::vector<HNRShareRemotePath>& paths() const { return paths_; }
     // smbclient runs the last describe() took.
-    int runs() const { return m_runs; }
+    int runs() const { return runs_; }
     // Fills path from the block a recursive "ls" of it printed; fromRoot is
     // its name from the share root, slash form. False when the block lists
     // no matched entry.
     static bool readListed(const HNRListingBlock& block, const std::string& fromRoot, HNRShareRemotePath& path);
 
 private:
-    std::vector<HNRShareRemotePath> m_paths;
-    int m_runs = 0;
+    std::vector<HNRShareRemotePath> paths_;
+    int runs_ = 0;
 };
 
 } // namespace HNR

@@ -40,34 +40,34 @@ std::string printableName(const std::string& name)
 }
 
 HNRShareScript::HNRShareScript(std::string head, std::size_t maxLength)
-    : m_head(std::move(head)), m_maxLength(maxLength)
+    : head_(std::move(head)), maxLength_(maxLength)
 {
 }
 
 int HNRShareScript::add(const char* function, const std::string& fragments)
 {
-    if (m_head.size() + fragments.size() > m_maxLength) {
+    if (head_.size() + fragments.size() > maxLength_) {
         reportError(function, "Can't run smbclient: one command is longer than a script may be (" +
-                                  std::to_string(m_maxLength) + " characters): '" +
+                                  std::to_string(maxLength_) + " characters): '" +
                                   fragments.substr(0, 200) + "...'");
         return -1;
     }
-    if (m_scripts.empty() || m_startNew || m_scripts.back().size() + fragments.size() > m_maxLength)
-        m_scripts.push_back(m_head);
-    m_startNew = false;
-    m_scripts.back() += fragments;
-    return static_cast<int>(m_scripts.size()) - 1;
+    if (scripts_.empty() || startNew_ || scripts_.back().size() + fragments.size() > maxLength_)
+        scripts_.push_back(head_);
+    startNew_ = false;
+    scripts_.back() += fragments;
+    return static_cast<int>(scripts_.size()) - 1;
 }
 
 void HNRShareScript::changeHead(std::string head, const std::string& fragments)
 {
-    m_head = std::move(head);
-    if (m_scripts.empty())
+    head_ = std::move(head);
+    if (scripts_.empty())
         return;
-    if (m_scripts.back().size() + fragments.size() <= m_maxLength)
-        m_scripts.back() += fragments;
+    if (scripts_.back().size() + fragments.size() <= maxLength_)
+        scripts_.back() += fragments;
     else
-        m_startNew = true;
+        startNew_ = true;
 }
 
 std::string HNRShareScript::list(const std::string& path) { return "; ls " + remoteQuote(path); }

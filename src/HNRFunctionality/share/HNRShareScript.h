@@ -28,8 +28,8 @@ public:
     // with head).
     void changeHead(std::string head, const std::string& fragments);
     // The scripts, in order; none when nothing was added.
-    const std::vector<std::string>& scripts() const { return m_scripts; }
-    bool empty() const { return m_scripts.empty(); }
+    const std::vector<std::string>& scripts() const { return scripts_; }
+    bool empty() const { return scripts_.empty(); }
 
     // Fragments, each with its leading "; ". Names in slash or backslash form.
     static std::string list(const std::string& path);
@@ -56,10 +56,10 @@ public:
     static bool staysInside(const char* function, const std::string& what, const std::string& name);
 
 private:
-    std::string m_head;
-    std::size_t m_maxLength;
-    std::vector<std::string> m_scripts;
-    bool m_startNew = false;
+    std::string head_;
+    std::size_t maxLength_;
+    std::vector<std::string> scripts_;
+    bool startNew_ = false;
 };
 
 // name for a message: a NUL shown as "\0", so the message is not cut there.

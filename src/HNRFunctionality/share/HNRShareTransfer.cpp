@@ -265,28 +265,28 @@ std::string explainStatus(const std::string& text)
 }
 
 HNRShareTransfer::HNRShareTransfer(HNRShareConnection::Progress* progress, std::uint64_t total)
-    : m_progress(progress), m_total(total)
+    : progress_(progress), total_(total)
 {
 }
 
 void HNRShareTransfer::update(double percent)
 {
-    if (!m_progress)
+    if (!progress_)
         return;
     // A measurement at or past the end (or not a number) repeats the last
     // value: 100 is for a finished and checked transfer only.
     if (!(percent < 100.0))
-        percent = m_last;
-    if (percent < m_last)
-        percent = m_last;
-    m_last = percent;
-    m_progress->setProgress(percent);
+        percent = last_;
+    if (percent < last_)
+        percent = last_;
+    last_ = percent;
+    progress_->setProgress(percent);
 }
 
 void HNRShareTransfer::finish()
 {
-    if (m_progress)
-        m_progress->setProgress(100.0);
+    if (progress_)
+        progress_->setProgress(100.0);
 }
 
 HNRShareTransfer::End HNRShareTransfer::run(const HNRShareLocation& loc, const std::string& script,
@@ -296,24 +296,24 @@ HNRShareTransfer::End HNRShareTransfer::run(const HNRShareLocation& loc, const s
 {
     using Clock = std::chrono::steady_clock;
     detail.clear();
-    m_stderr.clear();
-    m_stdout.clear();
+    stderr_.clear();
+    stdout_.clear();
     HWExec runner;
     std::string unused;
-    ++m_runs;
+    ++runs_;
     if (!loc.run(script, unused, &runner))
         return End::StartError;
     // Computations are due by the clock, not by lines: a listing at the end
     // of a script prints many lines in a few milliseconds.
-    const int period = m_progress && m_progress->period > 1 ? m_progress->period : 1;
+    const int period = progress_ && progress_->period > 1 ? progress_->period : 1;
     const auto interval = std::chrono::milliseconds(period * kPollUnits * GenExec::kGetsUnitMs);
     Clock::time_point due = Clock::now();
     int finished = 1;
     while (finished) {
         int units = kPollUnits;
-        if (m_progress) {
+        if (progress_) {
             if (Clock::now() >= due) {
-                update(percentOf(m_doneBytes + measure(runner), m_total));
+                update(percentOf(doneBytes_ + measure(runner), total_));
                 due = Clock::now() + interval;
             }
             const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(due - Clock::now()).count();
@@ -325,19 +325,19 @@ HNRShareTransfer::End HNRShareTransfer::run(const HNRShareLocation& loc, const s
         // runner's destructor kills the tool.
         if (!line.empty() && finished && !(expected && expected(line))) {
             detail = line;
-            m_stderr = runner.getOutput(GenExec::OUTPUT_STDERR);
+            stderr_ = runner.getOutput(GenExec::OUTPUT_STDERR);
             return End::FailureLine;
         }
     }
     const int rc = runner.wait();
     const std::string runnerError = rc != 0 ? getErrorMessage() : std::string();
-    m_stderr = runner.getOutput(GenExec::OUTPUT_STDERR);
-    m_stdout = runner.getOutput(GenExec::OUTPUT_STDOUT);
+    stderr_ = runner.getOutput(GenExec::OUTPUT_STDERR);
+    stdout_ = runner.getOutput(GenExec::OUTPUT_STDOUT);
     // smbclient exits with the status of its last command: 1 after a last
     // listing that failed, which the caller reads from the listing.
-    if (rc != 0 && !(expected && rc == 1 && isListingFailure(lastLine(m_stdout)))) {
+    if (rc != 0 && !(expected && rc == 1 && isListingFailure(lastLine(stdout_)))) {
         std::string why = runnerError;
-        const std::string err = lastLine(m_stderr);
+        const std::string err = lastLine(stderr_);
         if (!err.empty())
             why += (why.empty() ? "" : "; ") + err;
         detail = why.empty() ? std::string() : " (" + explainStatus(why) + ")";
@@ -345,7 +345,7 @@ HNRShareTransfer::End HNRShareTransfer::run(const HNRShareLocation& loc, const s
     }
     // smbclient may exit 0 with the reason only on standard error
     // ("parallel_read returned NT_STATUS_DISK_FULL").
-    const std::string status = statusLine(expected ? m_stderr : runner.getOutput(GenExec::OUTPUT_ALL));
+    const std::string status = statusLine(expected ? stderr_ : runner.getOutput(GenExec::OUTPUT_ALL));
     if (!status.empty()) {
         detail = explainStatus(status);
         return End::Status;

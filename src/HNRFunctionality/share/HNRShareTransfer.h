@@ -40,24 +40,24 @@ public:
             const std::function<std::uint64_t(const GenExec&)>& measure, std::string& detail,
             const std::function<bool(const std::string&)>& expected = nullptr);
     // The standard error and standard output texts of the last run.
-    const std::string& lastStandardError() const { return m_stderr; }
-    const std::string& lastStandardOutput() const { return m_stdout; }
+    const std::string& lastStandardError() const { return stderr_; }
+    const std::string& lastStandardOutput() const { return stdout_; }
     // Adds bytes finished by a run.
-    void done(std::uint64_t bytes) { m_doneBytes += bytes; }
+    void done(std::uint64_t bytes) { doneBytes_ += bytes; }
     // 100, once, after everything was checked.
     void finish();
-    int runs() const { return m_runs; }
+    int runs() const { return runs_; }
 
 private:
     void update(double percent);
 
-    HNRShareConnection::Progress* m_progress;
-    std::uint64_t m_total;
-    std::uint64_t m_doneBytes = 0;
-    double m_last = 0.0;
-    int m_runs = 0;
-    std::string m_stderr;
-    std::string m_stdout;
+    HNRShareConnection::Progress* progress_;
+    std::uint64_t total_;
+    std::uint64_t doneBytes_ = 0;
+    double last_ = 0.0;
+    int runs_ = 0;
+    std::string stderr_;
+    std::string stdout_;
 };
 
 // "NT_STATUS_X ..." with the table's message added: "... (message)".

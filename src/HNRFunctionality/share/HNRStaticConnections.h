@@ -16,7 +16,7 @@ class HNRGetConnections {
 public:
     typedef std::multimap<std::string, boost::shared_ptr<HNRShareConnection>> Connections;
 
-    HNRGetConnections() : m_guard(lock) {}
+    HNRGetConnections() : guard_(lock) {}
     HNRGetConnections(const HNRGetConnections&) = delete;
     HNRGetConnections& operator=(const HNRGetConnections&) = delete;
 
@@ -27,7 +27,7 @@ public:
     static HNKLock lock;
 
 private:
-    HNKGuardT<HNKLock> m_guard;
+    HNKGuardT<HNKLock> guard_;
 };
 
 class HNRStaticConnections {
