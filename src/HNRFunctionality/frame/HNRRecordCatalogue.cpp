@@ -360,10 +360,13 @@ const std::vector<HNRConfigSetting>& HNRRecordCatalogue::configSettings()
         std::vector<ListedSetting> listed = {HNR_ENV_CONFIG_SETTINGS(HNR_LISTED, )};
         std::stable_sort(listed.begin(), listed.end(),
                          [](const ListedSetting& a, const ListedSetting& b) { return a.key < b.key; });
-        std::vector<HNRConfigSetting> settings;
-        for (const ListedSetting& l : listed)
-            settings.push_back(l.setting);
-        return settings;
+        // Copied out as one range: the vector is built as a list of settings
+        // always was (no other std:: code for the exported type).
+        std::unique_ptr<HNRConfigSetting[]> sorted(new HNRConfigSetting[listed.size()]);
+        for (size_t i = 0; i < listed.size(); ++i)
+            sorted[i] = listed[i].setting;
+        const HNRConfigSetting* first = sorted.get();
+        return std::vector<HNRConfigSetting>(first, first + listed.size());
     }();
     return table;
 }
