@@ -69,12 +69,9 @@ public:
     const HNKOptionalProperty<int>& getBandwidthLimit() const { return bandwidthLimit_; }
     HNKOptionalProperty<int>& getBandwidthLimit() { return bandwidthLimit_; }
     void setBandwidthLimit(int limit) { bandwidthLimit_.set(limit); }
-    const std::string& getTargetHost() const { return target_.host; }
-    void setTargetHost(const std::string& host) { target_.host = host; }
-    const std::string& getTargetPath() const { return target_.path; }
-    void setTargetPath(const std::string& path) { target_.path = path; }
-    int getOperationFlags() const { return target_.flags; }
-    void setOperationFlags(int flags) { target_.flags = flags; }
+    // getTargetHost / setTargetHost, getTargetPath / setTargetPath,
+    // getOperationFlags / setOperationFlags.
+    HNR_TARGET_VALUES_ACCESSORS(target_)
 
     // The bandwidth limit is specified exactly when it reads; then target
     // path, target host, flags (the first missing one is -1); then the

@@ -35,3 +35,12 @@ private:
 };
 
 } // namespace HNR
+
+// The records' accessors of their HNRTargetValues `member`.
+#define HNR_TARGET_VALUES_ACCESSORS(member)                                     \
+    const std::string& getTargetHost() const { return member.host; }         \
+    void setTargetHost(const std::string& host) { member.host = host; }      \
+    const std::string& getTargetPath() const { return member.path; }         \
+    void setTargetPath(const std::string& path) { member.path = path; }      \
+    int getOperationFlags() const { return member.flags; }                   \
+    void setOperationFlags(int flags) { member.flags = flags; }
