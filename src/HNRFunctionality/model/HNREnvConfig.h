@@ -191,7 +191,7 @@ public:
     int getPositionOfTheTag(const std::string& tag) const override;
 
     // First non-zero of the framework comparison and compareByMethod over
-    // the getters in the order of the .cpp.
+    // the getters in the table's compare ranks.
     int compare(const HNREnvConfig& other) const;
 
     // Type identity only: the elements are written by the framework base.
