@@ -17,67 +17,15 @@
 
 namespace HNRBench {
 
-// Every setting the round trip copies: X(getter, setter, value type).
-#define HNR_BENCH_SETTINGS(X) \
-    X(getName, setName, HNKOptionalProperty<std::string>) \
-    X(getDisabled, setDisabled, bool) \
-    X(getCPUHvt, setCPUHvt, bool) \
-    X(getVtdSupported, setVtdSupported, bool) \
-    X(getPsPort, setPsPort, int) \
-    X(getScreenWidth, setScreenWidth, int) \
-    X(getScreenHeight, setScreenHeight, int) \
-    X(getScreenDepth, setScreenDepth, int) \
-    X(getToolsAutoUpdateEnabled, setToolsAutoUpdateEnabled, bool) \
-    X(getUseDefaultAnswers, setUseDefaultAnswers, bool) \
-    X(getUserSharedFoldersEnabled, setUserSharedFoldersEnabled, bool) \
-    X(getOfflineManagementEnabled, setOfflineManagementEnabled, bool) \
-    X(getCPUCount, setCPUCount, int) \
-    X(getMemorySize, setMemorySize, int) \
-    X(getVideoMemorySize, setVideoMemorySize, int) \
-    X(getCPUMode, setCPUMode, int) \
-    X(getCPUUnits, setCPUUnits, int) \
-    X(getCPULimit, setCPULimit, int) \
-    X(getCPUAccelLevel, setCPUAccelLevel, int) \
-    X(getAutoStart, setAutoStart, int) \
-    X(getAutoStartDelay, setAutoStartDelay, int) \
-    X(getStartLoginMode, setStartLoginMode, int) \
-    X(getStartUserLogin, setStartUserLogin, std::string) \
-    X(getStartUserPassword, setStartUserPassword, std::string) \
-    X(getAutoStop, setAutoStop, int) \
-    X(getWindowMode, setWindowMode, int) \
-    X(getLastModifiedDate, setLastModifiedDate, std::string) \
-    X(getLastModifierName, setLastModifierName, std::string) \
-    X(getGuestSharingEnabled, setGuestSharingEnabled, bool) \
-    X(getGuestSharingAutoMount, setGuestSharingAutoMount, bool) \
-    X(getHostSharingEnabled, setHostSharingEnabled, bool) \
-    X(getHostSharingLocal, setHostSharingLocal, bool) \
-    X(getHostSharingGlobal, setHostSharingGlobal, bool) \
-    X(getDiskCacheWriteBack, setDiskCacheWriteBack, bool) \
-    X(getCloseAppOnShutdown, setCloseAppOnShutdown, bool) \
-    X(getSystemFlags, setSystemFlags, std::string) \
-    X(getForegroundPriority, setForegroundPriority, int) \
-    X(getBackgroundPriority, setBackgroundPriority, int) \
-    X(getIoPriority, setIoPriority, int) \
-    X(getServerHostName, setServerHostName, std::string) \
-    X(getHomePath, setHomePath, std::string) \
-    X(getIcon, setIcon, std::string) \
-    X(getShowTaskBar, setShowTaskBar, bool) \
-    X(getRelocateTaskBar, setRelocateTaskBar, bool) \
-    X(getExcludeDock, setExcludeDock, bool) \
-    X(getMultiDisplay, setMultiDisplay, bool) \
-    X(getTemplate, setTemplate, bool) \
-    X(getAdditionalScreenResolutionsEnabled, setAdditionalScreenResolutionsEnabled, bool) \
-    X(getOSScreenResolutionInFullScreenModeEnabled, setOSScreenResolutionInFullScreenModeEnabled, bool) \
-    X(getAppInDockMode, setAppInDockMode, int) \
-    X(getDockIconType, setDockIconType, int) \
-    X(getVNCMode, setVNCMode, int) \
-    X(getVNCPort, setVNCPort, int) \
-    X(getVNCNetworkInterface, setVNCNetworkInterface, std::string) \
-    X(getVNCPassword, setVNCPassword, std::string) \
-    X(getOriginSample, setOriginSample, std::string) \
-    X(getToolsStatus, setToolsStatus, int) \
-    X(getVNCStarted, setVNCStarted, bool) \
-    X(getAccessForOthers, setAccessForOthers, int)
+// Every setting the round trip copies: X(getter, setter, value type), the
+// scalar rows of the configuration's settings table in its order (the lists
+// are copied below).
+#define HNR_BENCH_SETTINGS(X) HNR_ENV_CONFIG_SETTINGS(HNR_BENCH_ROW, X)
+#define HNR_BENCH_ROW(X, kind, Name, T, tag, place, compare, secrecy) HNR_BENCH_ROW_##kind(X, Name, T)
+#define HNR_BENCH_ROW_value(X, Name, T) X(get##Name, set##Name, T)
+#define HNR_BENCH_ROW_custom HNR_BENCH_ROW_value
+#define HNR_BENCH_ROW_base HNR_BENCH_ROW_value
+#define HNR_BENCH_ROW_list(X, Name, T)
 
 // What the round trip reads from the request before it writes the answer.
 struct RequestValues {

@@ -6,6 +6,8 @@
 #include "HNKFramework/XmlLintCheck.h"
 #include "HNKSerialization.h"
 
+#include "tools/MessageTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <boost/shared_ptr.hpp>
@@ -100,13 +102,6 @@ struct Car : Vehicle {
 };
 struct Bike : Vehicle {};
 HNKDerivedParserFactoryT<Car, Vehicle, Vehicle, Vehicle::Reader, Car::Writer> factoryCar(false);
-
-HNKMessageIterator parsed(const std::string& text)
-{
-    HNKMessageIterator it;
-    EXPECT_EQ(0, it.fromXML(text)) << getErrorMessage();
-    return it;
-}
 
 std::string zoo(const std::string& items)
 {

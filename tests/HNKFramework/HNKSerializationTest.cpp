@@ -5,6 +5,8 @@
 #include "HNKFramework/XmlLintCheck.h"
 #include "HNKMessageIterator.h"
 
+#include "tools/MessageTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <set>
@@ -41,13 +43,6 @@ struct Point {
         }
     };
 };
-
-HNKMessageIterator parsed(const std::string& text)
-{
-    HNKMessageIterator it;
-    EXPECT_EQ(0, it.fromXML(text)) << getErrorMessage();
-    return it;
-}
 
 // Records every stamp call, so tests see exactly what putObjectInternal asks.
 class RecordingIterator : public HNKMessageIterator {

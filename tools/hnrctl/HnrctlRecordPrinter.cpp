@@ -47,11 +47,16 @@ std::string demangle(const char* name)
     return status == 0 && text ? std::string(text.get()) : std::string(name);
 }
 
-bool isSecretName(const std::string& name) { return HNRRecordCatalogue::isSecretName(name); }
-
-std::string shown(const std::string& tag, const std::string& value)
+// Elements of any record: secret by their name.
+std::string shown(const std::string& name, const std::string& value)
 {
-    return isSecretName(tag) ? std::string("(hidden)") : value;
+    return HNRRecordCatalogue::isSecretName(name) ? std::string("(hidden)") : value;
+}
+
+// Settings of a VM configuration: secret as the settings table says.
+std::string shown(const HNRConfigSetting& setting, const std::string& value)
+{
+    return setting.secret ? std::string("(hidden)") : value;
 }
 
 template <class T>
@@ -125,7 +130,7 @@ void printVMConfiguration(std::ostream& out, const HNREnvConfig& config, const s
     for (const HNRConfigSetting& s : settings) {
         std::string text;
         if (s.get(config, text) == 0)
-            set.emplace_back(s.tag, shown(s.tag, text));
+            set.emplace_back(s.tag, shown(s, text));
     }
     out << indent << "settings (" << set.size() << " of " << settings.size() << " set):\n";
     for (const auto& s : set)

@@ -25,6 +25,7 @@
 
 #include <cxxabi.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -111,25 +112,40 @@ const Registry* findRegistry(const std::string& typeKey)
 }
 
 template <class T>
-HNRConfigSetting typed(const char* tag, int (HNREnvConfig::*getter)(T&) const)
+int settingText(const T& value, std::string& text)
 {
-    return {tag, [getter](const HNREnvConfig& c, std::string& text) {
-                T value = T();
-                int status = (c.*getter)(value);
-                if (status != 0)
-                    return status;
-                std::ostringstream s;
-                s << value;
-                text = s.str();
-                return 0;
-            }};
+    std::ostringstream s;
+    s << value;
+    text = s.str();
+    return 0;
 }
 
-template <class T>
-HNRConfigSetting typedBase(const char* tag, int (HNKEnvConfig::*getter)(T&) const)
+// "name" reads as absent-but-fine when unspecified: not set, for a listing.
+int settingText(const HNKOptionalProperty<std::string>& name, std::string& text)
 {
-    return typed<T>(tag, static_cast<int (HNREnvConfig::*)(T&) const>(getter));
+    if (!name.isSpecified())
+        return -1;
+    text = name.get();
+    return 0;
 }
+
+template <class T, class C>
+HNRConfigSetting typed(const char* tag, int (C::*getter)(T&) const, bool secret)
+{
+    HNRConfigSetting setting{tag, [getter](const HNREnvConfig& c, std::string& text) {
+                                 T value = T();
+                                 int status = (c.*getter)(value);
+                                 return status != 0 ? status : settingText(value, text);
+                             }};
+    setting.secret = secret;
+    return setting;
+}
+
+// A setting with its place in the listing (the schema order).
+struct ListedSetting {
+    int key;
+    HNRConfigSetting setting;
+};
 
 // Types of the module's own namespaces: one no registry knows is a mistake
 // in the message (the framework's own nested types have their own readers).
@@ -170,9 +186,7 @@ void checkSettings(const HNREnvConfig& config, const HNKMessageIterator& it, con
             continue;
         std::string raw;
         it.getValue(s.tag, raw);
-        problems.push_back({path + "/" + s.tag, "the value '" + (HNRRecordCatalogue::isSecretName(s.tag)
-                                                                      ? std::string("(hidden)")
-                                                                      : raw) +
+        problems.push_back({path + "/" + s.tag, "the value '" + (s.secret ? std::string("(hidden)") : raw) +
                                                     "' does not convert to the setting's type"});
     }
 }
@@ -328,77 +342,32 @@ void HNRRecordCatalogue::listFields(const HNKMessageIterator& it, std::vector<HN
     listFieldsBelow(it, "", withTypes, out);
 }
 
+// The scalar settings of the table (lists have their own listing), in
+// schema order; a setting without a position stands where the table puts it.
+#define HNR_LISTED(arg, kind, Name, T, tag, place, compare, secrecy) \
+    HNR_LISTED_CALL(HNR_LISTED_##kind, Name, T, tag, HNR_ENV_CONFIG_PLACE_##place, HNR_ENV_CONFIG_SECRET_##secrecy)
+#define HNR_LISTED_CALL(m, ...) m(__VA_ARGS__) // the place's three values become three arguments
+#define HNR_LISTED_value(Name, T, tag, position, againAt, key, secret) \
+    {key, typed<T, HNREnvConfig>(tag, &HNREnvConfig::get##Name, secret)},
+#define HNR_LISTED_custom HNR_LISTED_value
+#define HNR_LISTED_list(Name, T, tag, position, againAt, key, secret)
+#define HNR_LISTED_base(Name, T, tag, position, againAt, key, secret) \
+    {key, typed<T, HNKEnvConfig>(tag, &HNKEnvConfig::get##Name, secret)},
+
 const std::vector<HNRConfigSetting>& HNRRecordCatalogue::configSettings()
 {
-    typedef HNREnvConfig C;
-    static const std::vector<HNRConfigSetting> table = {
-        {"name",
-         [](const C& c, std::string& text) {
-             HNKOptionalProperty<std::string> name;
-             if (c.getName(name) != 0 || !name.isSpecified())
-                 return -1;
-             text = name.get();
-             return 0;
-         }},
-        typed("memory_size", &C::getMemorySize),
-        typed("video_memory_size", &C::getVideoMemorySize),
-        typed("cpu_count", &C::getCPUCount),
-        typed("cpu_mode", &C::getCPUMode),
-        typedBase("cpu_hvt", &HNKEnvConfig::getCPUHvt),
-        typedBase("vtd_supported", &HNKEnvConfig::getVtdSupported),
-        typed("cpu_units", &C::getCPUUnits),
-        typed("cpu_limit", &C::getCPULimit),
-        typed("cpu_accel_level", &C::getCPUAccelLevel),
-        typed("auto_start", &C::getAutoStart),
-        typed("auto_start_delay", &C::getAutoStartDelay),
-        typed("start_login_mode", &C::getStartLoginMode),
-        typed("start_user_login", &C::getStartUserLogin),
-        typed("start_user_password", &C::getStartUserPassword),
-        typed("auto_stop", &C::getAutoStop),
-        typed("window_mode", &C::getWindowMode),
-        typed("last_modified_date", &C::getLastModifiedDate),
-        typed("last_modifier_name", &C::getLastModifierName),
-        typed("guest_sharing_enabled", &C::getGuestSharingEnabled),
-        typed("guest_sharing_auto_mount", &C::getGuestSharingAutoMount),
-        typed("host_sharing_enabled", &C::getHostSharingEnabled),
-        typed("host_sharing_local", &C::getHostSharingLocal),
-        typed("host_sharing_global", &C::getHostSharingGlobal),
-        typed("disk_cache_write_back", &C::getDiskCacheWriteBack),
-        typed("close_app_on_shutdown", &C::getCloseAppOnShutdown),
-        typed("system_flags", &C::getSystemFlags),
-        typed("foreground_priority", &C::getForegroundPriority),
-        typed("background_priority", &C::getBackgroundPriority),
-        typed("io_priority", &C::getIoPriority),
-        typed("server_host_name", &C::getServerHostName),
-        typed("home_path", &C::getHomePath),
-        typed("icon", &C::getIcon),
-        typed("show_task_bar", &C::getShowTaskBar),
-        typed("relocate_task_bar", &C::getRelocateTaskBar),
-        typed("exclude_dock", &C::getExcludeDock),
-        typed("multi_display", &C::getMultiDisplay),
-        typed("additional_screen_resolutions_enabled", &C::getAdditionalScreenResolutionsEnabled),
-        typed("os_screen_resolution_in_full_screen_mode_enabled", &C::getOSScreenResolutionInFullScreenModeEnabled),
-        typed("app_in_dock_mode", &C::getAppInDockMode),
-        typed("dock_icon_type", &C::getDockIconType),
-        typed("vnc_mode", &C::getVNCMode),
-        typed("vnc_port", &C::getVNCPort),
-        typedBase("ps_port", &HNKEnvConfig::getPsPort),
-        typed("vnc_nic", &C::getVNCNetworkInterface),
-        typed("vnc_password", &C::getVNCPassword),
-        typed("vnc_started", &C::getVNCStarted),
-        typedBase("disabled", &HNKEnvConfig::getDisabled),
-        typed("origin_sample", &C::getOriginSample),
-        typed("tools_status", &C::getToolsStatus),
-        typed("access_for_others", &C::getAccessForOthers),
-        typedBase("screen_width", &HNKEnvConfig::getScreenWidth),
-        typedBase("screen_height", &HNKEnvConfig::getScreenHeight),
-        typedBase("screen_depth", &HNKEnvConfig::getScreenDepth),
-        typed("is_template", &C::getTemplate),
-        typed("use_default_answers", &C::getUseDefaultAnswers),
-        typed("user_shared_folders_enabled", &C::getUserSharedFoldersEnabled),
-        typed("tools_autoupdate_enabled", &C::getToolsAutoUpdateEnabled),
-        typed("offline_management_enabled", &C::getOfflineManagementEnabled),
-    };
+    static const std::vector<HNRConfigSetting> table = [] {
+        std::vector<ListedSetting> listed = {HNR_ENV_CONFIG_SETTINGS(HNR_LISTED, )};
+        std::stable_sort(listed.begin(), listed.end(),
+                         [](const ListedSetting& a, const ListedSetting& b) { return a.key < b.key; });
+        // Copied out as one range: the vector is built as a list of settings
+        // always was (no other std:: code for the exported type).
+        std::unique_ptr<HNRConfigSetting[]> sorted(new HNRConfigSetting[listed.size()]);
+        for (size_t i = 0; i < listed.size(); ++i)
+            sorted[i] = listed[i].setting;
+        const HNRConfigSetting* first = sorted.get();
+        return std::vector<HNRConfigSetting>(first, first + listed.size());
+    }();
     return table;
 }
 

@@ -65,6 +65,7 @@ struct HNRConfigSetting {
     const char* tag;
     // The value as text; non-zero when absent or not convertible.
     std::function<int(const HNREnvConfig&, std::string&)> get;
+    bool secret = false; // a password: shown only on request
 };
 
 class HNRRecordCatalogue {
@@ -86,7 +87,8 @@ public:
     // configuration settings that do not convert. Empty when all reads.
     static std::vector<HNRReadProblem> diagnose(const HNKMessageIterator& it);
 
-    // The typed settings of a VM configuration, in the order of its tags.
+    // The typed settings of a VM configuration (HNR_ENV_CONFIG_SETTINGS), in
+    // the order of its tags.
     static const std::vector<HNRConfigSetting>& configSettings();
 
     // True for element names that hold secrets (passwords).

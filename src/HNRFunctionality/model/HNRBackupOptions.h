@@ -10,6 +10,7 @@
 #include "HNKDerivedParserFactory.h"
 #include "HNKWriterBase.h"
 #include "frame/HNRConstants.h"
+#include "model/HNRTargetValues.h"
 
 #include <string>
 
@@ -21,12 +22,9 @@ class HNRBackupOptions : public HNKBackupOptions {
 public:
     ~HNRBackupOptions() override;
 
-    const std::string& getTargetHost() const { return targetHost_; }
-    void setTargetHost(const std::string& host) { targetHost_ = host; }
-    const std::string& getTargetPath() const { return targetPath_; }
-    void setTargetPath(const std::string& path) { targetPath_ = path; }
-    int getOperationFlags() const { return operationFlags_; }
-    void setOperationFlags(int flags) { operationFlags_ = flags; }
+    // getTargetHost / setTargetHost, getTargetPath / setTargetPath,
+    // getOperationFlags / setOperationFlags.
+    HNR_TARGET_VALUES_ACCESSORS(target_)
 
     // Target path, target host, flags (the first missing one is -1), then
     // the framework part, whose status is the result.
@@ -44,9 +42,7 @@ public:
     };
 
 private:
-    std::string targetHost_;
-    std::string targetPath_;
-    int operationFlags_ = 0;
+    HNRTargetValues target_;
 };
 
 // Adds nothing: read and written as the backup options they are.

@@ -33,101 +33,24 @@ int HNRCommonDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonD
     return 0;
 }
 
-HNRSerialPortDevice* HNRSerialPortDevice::clone() const
-{
-    return new HNRSerialPortDevice();
-}
+// The eight kinds: a fresh object for a clone, the common writer for the
+// fields.
+#define HNR_HOST_DEVICE_KIND_DEFINITIONS(Class)                                        \
+    Class* Class::clone() const { return new Class(); }                                \
+    Class::~Class() {}                                                                 \
+    int Class::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const \
+    {                                                                                  \
+        return it.putObject(device, HNRCommonDevice::Writer(), std::string());         \
+    }
 
-HNRSerialPortDevice::~HNRSerialPortDevice() {}
-
-int HNRSerialPortDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const
-{
-    return it.putObject(device, HNRCommonDevice::Writer(), std::string());
-}
-
-HNRParallelPortDevice* HNRParallelPortDevice::clone() const
-{
-    return new HNRParallelPortDevice();
-}
-
-HNRParallelPortDevice::~HNRParallelPortDevice() {}
-
-int HNRParallelPortDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const
-{
-    return it.putObject(device, HNRCommonDevice::Writer(), std::string());
-}
-
-HNRPrinterDevice* HNRPrinterDevice::clone() const
-{
-    return new HNRPrinterDevice();
-}
-
-HNRPrinterDevice::~HNRPrinterDevice() {}
-
-int HNRPrinterDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const
-{
-    return it.putObject(device, HNRCommonDevice::Writer(), std::string());
-}
-
-HNROpticalDiskDevice* HNROpticalDiskDevice::clone() const
-{
-    return new HNROpticalDiskDevice();
-}
-
-HNROpticalDiskDevice::~HNROpticalDiskDevice() {}
-
-int HNROpticalDiskDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const
-{
-    return it.putObject(device, HNRCommonDevice::Writer(), std::string());
-}
-
-HNRHardDiskDevice* HNRHardDiskDevice::clone() const
-{
-    return new HNRHardDiskDevice();
-}
-
-HNRHardDiskDevice::~HNRHardDiskDevice() {}
-
-int HNRHardDiskDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const
-{
-    return it.putObject(device, HNRCommonDevice::Writer(), std::string());
-}
-
-HNRFloppyDiskDevice* HNRFloppyDiskDevice::clone() const
-{
-    return new HNRFloppyDiskDevice();
-}
-
-HNRFloppyDiskDevice::~HNRFloppyDiskDevice() {}
-
-int HNRFloppyDiskDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const
-{
-    return it.putObject(device, HNRCommonDevice::Writer(), std::string());
-}
-
-HNRSoundOutputDevice* HNRSoundOutputDevice::clone() const
-{
-    return new HNRSoundOutputDevice();
-}
-
-HNRSoundOutputDevice::~HNRSoundOutputDevice() {}
-
-int HNRSoundOutputDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const
-{
-    return it.putObject(device, HNRCommonDevice::Writer(), std::string());
-}
-
-HNRSoundMixerDevice* HNRSoundMixerDevice::clone() const
-{
-    return new HNRSoundMixerDevice();
-}
-
-HNRSoundMixerDevice::~HNRSoundMixerDevice() {}
-
-int HNRSoundMixerDevice::Writer::operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const
-{
-    return it.putObject(device, HNRCommonDevice::Writer(), std::string());
-}
+HNR_HOST_DEVICE_KIND_DEFINITIONS(HNRSerialPortDevice)
+HNR_HOST_DEVICE_KIND_DEFINITIONS(HNRParallelPortDevice)
+HNR_HOST_DEVICE_KIND_DEFINITIONS(HNRPrinterDevice)
+HNR_HOST_DEVICE_KIND_DEFINITIONS(HNROpticalDiskDevice)
+HNR_HOST_DEVICE_KIND_DEFINITIONS(HNRHardDiskDevice)
+HNR_HOST_DEVICE_KIND_DEFINITIONS(HNRFloppyDiskDevice)
+HNR_HOST_DEVICE_KIND_DEFINITIONS(HNRSoundOutputDevice)
+HNR_HOST_DEVICE_KIND_DEFINITIONS(HNRSoundMixerDevice)
 
 // Constructed in this order at load, destroyed in reverse order at unload.
 // The common device is deliberately not the default: it must never become

@@ -47,126 +47,58 @@ private:
 // The eight kinds. Each clone deliberately returns a fresh, default-
 // constructed object of the kind, not a copy. Each writer takes the common
 // record and hands it to the common writer through putObject; the kind's own
-// type name comes from the polymorphic write around it.
+// type name comes from the polymorphic write around it. The numeric IDs are
+// the framework writer base's defaults.
+#define HNR_HOST_DEVICE_KIND(Class, typeName)                                              \
+    Class* clone() const override;                                                         \
+    ~Class() override;                                                                     \
+    class Writer : public HNKWriterBase {                                                  \
+    public:                                                                                \
+        static const char* getStrNSID() { return kTypesNamespace; }                        \
+        static const char* getStrTypeID() { return typeName; }                             \
+        static unsigned getNSID() { return HNKWriterBase::getNSID(); }                     \
+        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }                 \
+        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;       \
+    }
 
 class HNRSerialPortDevice : public HNRCommonDevice {
 public:
-    HNRSerialPortDevice* clone() const override;
-    ~HNRSerialPortDevice() override;
-
-    class Writer : public HNKWriterBase {
-    public:
-        static const char* getStrNSID() { return kTypesNamespace; }
-        static const char* getStrTypeID() { return "serial_port_device"; }
-        static unsigned getNSID() { return HNKWriterBase::getNSID(); }
-        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }
-        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;
-    };
+    HNR_HOST_DEVICE_KIND(HNRSerialPortDevice, "serial_port_device");
 };
 
 class HNRParallelPortDevice : public HNRCommonDevice {
 public:
-    HNRParallelPortDevice* clone() const override;
-    ~HNRParallelPortDevice() override;
-
-    class Writer : public HNKWriterBase {
-    public:
-        static const char* getStrNSID() { return kTypesNamespace; }
-        static const char* getStrTypeID() { return "parallel_port_device"; }
-        static unsigned getNSID() { return HNKWriterBase::getNSID(); }
-        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }
-        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;
-    };
+    HNR_HOST_DEVICE_KIND(HNRParallelPortDevice, "parallel_port_device");
 };
 
 class HNRPrinterDevice : public HNRCommonDevice {
 public:
-    HNRPrinterDevice* clone() const override;
-    ~HNRPrinterDevice() override;
-
-    class Writer : public HNKWriterBase {
-    public:
-        static const char* getStrNSID() { return kTypesNamespace; }
-        static const char* getStrTypeID() { return "printer_device"; }
-        static unsigned getNSID() { return HNKWriterBase::getNSID(); }
-        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }
-        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;
-    };
+    HNR_HOST_DEVICE_KIND(HNRPrinterDevice, "printer_device");
 };
 
 class HNROpticalDiskDevice : public HNRCommonDevice {
 public:
-    HNROpticalDiskDevice* clone() const override;
-    ~HNROpticalDiskDevice() override;
-
-    class Writer : public HNKWriterBase {
-    public:
-        static const char* getStrNSID() { return kTypesNamespace; }
-        static const char* getStrTypeID() { return "optical_disk_device"; }
-        static unsigned getNSID() { return HNKWriterBase::getNSID(); }
-        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }
-        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;
-    };
+    HNR_HOST_DEVICE_KIND(HNROpticalDiskDevice, "optical_disk_device");
 };
 
 class HNRHardDiskDevice : public HNRCommonDevice {
 public:
-    HNRHardDiskDevice* clone() const override;
-    ~HNRHardDiskDevice() override;
-
-    class Writer : public HNKWriterBase {
-    public:
-        static const char* getStrNSID() { return kTypesNamespace; }
-        static const char* getStrTypeID() { return "hard_disk_device"; }
-        static unsigned getNSID() { return HNKWriterBase::getNSID(); }
-        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }
-        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;
-    };
+    HNR_HOST_DEVICE_KIND(HNRHardDiskDevice, "hard_disk_device");
 };
 
 class HNRFloppyDiskDevice : public HNRCommonDevice {
 public:
-    HNRFloppyDiskDevice* clone() const override;
-    ~HNRFloppyDiskDevice() override;
-
-    class Writer : public HNKWriterBase {
-    public:
-        static const char* getStrNSID() { return kTypesNamespace; }
-        static const char* getStrTypeID() { return "floppy_disk_device"; }
-        static unsigned getNSID() { return HNKWriterBase::getNSID(); }
-        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }
-        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;
-    };
+    HNR_HOST_DEVICE_KIND(HNRFloppyDiskDevice, "floppy_disk_device");
 };
 
 class HNRSoundOutputDevice : public HNRCommonDevice {
 public:
-    HNRSoundOutputDevice* clone() const override;
-    ~HNRSoundOutputDevice() override;
-
-    class Writer : public HNKWriterBase {
-    public:
-        static const char* getStrNSID() { return kTypesNamespace; }
-        static const char* getStrTypeID() { return "sound_output_device"; }
-        static unsigned getNSID() { return HNKWriterBase::getNSID(); }
-        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }
-        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;
-    };
+    HNR_HOST_DEVICE_KIND(HNRSoundOutputDevice, "sound_output_device");
 };
 
 class HNRSoundMixerDevice : public HNRCommonDevice {
 public:
-    HNRSoundMixerDevice* clone() const override;
-    ~HNRSoundMixerDevice() override;
-
-    class Writer : public HNKWriterBase {
-    public:
-        static const char* getStrNSID() { return kTypesNamespace; }
-        static const char* getStrTypeID() { return "sound_mixer_device"; }
-        static unsigned getNSID() { return HNKWriterBase::getNSID(); }
-        static unsigned getTypeID() { return HNKWriterBase::getTypeID(); }
-        int operator()(HNKMessageIterator& it, const HNRCommonDevice& device) const;
-    };
+    HNR_HOST_DEVICE_KIND(HNRSoundMixerDevice, "sound_mixer_device");
 };
 
 // The factory objects, registered under the types namespace and each type

@@ -6,6 +6,7 @@
 #include "HNKLock.h"
 #include "HNKSerialization.h"
 
+#include <array>
 #include <atomic>
 #include <map>
 
@@ -20,23 +21,67 @@ HNKLock tagPositionsLock;
 // Set (release) once the map is filled; read (acquire) before any lookup.
 std::atomic<bool> tagPositionsFilled(false);
 
-// The schema order of the record's elements. "use_default_answers" is listed
-// twice on purpose (the later index, 55, wins; no tag has 54), and
-// "user_shared_folders_enabled" and "cpu_limit" are deliberately absent.
-const char* const kTagOrder[] = {
-    "memory_size", "video_memory_size", "cpu_count", "cpu_mode", "cpu_hvt", "vtd_supported", "cpu_units",
-    "cpu_accel_level", "auto_start", "auto_start_delay", "start_login_mode", "start_user_login",
-    "start_user_password", "auto_stop", "window_mode", "last_modified_date", "last_modifier_name",
-    "guest_sharing_enabled", "guest_sharing_auto_mount", "host_sharing_enabled", "host_sharing_local",
-    "host_sharing_global", "disk_cache_write_back", "close_app_on_shutdown", "system_flags",
-    "foreground_priority", "background_priority", "io_priority", "server_host_name", "home_path", "icon",
-    "show_task_bar", "relocate_task_bar", "exclude_dock", "multi_display", "additional_screen_resolutions_enabled",
-    "os_screen_resolution_in_full_screen_mode_enabled", "app_in_dock_mode", "dock_icon_type", "vnc_mode",
-    "vnc_port", "ps_port", "vnc_nic", "vnc_password", "vnc_started", "disabled", "origin_sample", "tools_status",
-    "access_for_others", "screen_width", "screen_height", "screen_depth", "device_list", "is_template",
-    "use_default_answers", "use_default_answers", "tools_autoupdate_enabled", "offline_management_list",
+// One row of the settings table, as values.
+struct SettingRow {
+    const char* tag;
+    int position;      // index in the tag order table, or -1
+    int againAt;       // a second index of the same tag (the later wins), else == position
+    int listingKey;    // schema order, rows without a position included
+    int compareRank;   // 0: never compared
 };
-static_assert(sizeof(kTagOrder) / sizeof(kTagOrder[0]) == 58, "the tag order table has 58 entries");
+
+#define HNR_ROW(arg, kind, Name, T, tag, place, compare, secrecy) \
+    {tag, HNR_ENV_CONFIG_PLACE_##place, HNR_ENV_CONFIG_RANK_##compare},
+constexpr SettingRow kRows[] = {HNR_ENV_CONFIG_SETTINGS(HNR_ROW, )};
+#undef HNR_ROW
+constexpr int kRowCount = sizeof(kRows) / sizeof(kRows[0]);
+
+enum class Setting {
+#define HNR_ENUM(arg, kind, Name, T, tag, place, compare, secrecy) Name,
+    HNR_ENV_CONFIG_SETTINGS(HNR_ENUM, )
+#undef HNR_ENUM
+};
+
+constexpr const char* tagOf(Setting s) { return kRows[static_cast<int>(s)].tag; }
+
+// The schema order of the record's elements, laid out from the rows'
+// places. "use_default_answers" is in it twice on purpose (the later index,
+// 55, wins; no tag has 54), and "user_shared_folders_enabled" and
+// "cpu_limit" are deliberately absent.
+constexpr int kTagOrderSize = 58;
+typedef std::array<const char*, kTagOrderSize> TagOrder;
+
+constexpr TagOrder buildTagOrder()
+{
+    TagOrder order{};
+    for (const SettingRow& row : kRows) {
+        if (row.position >= 0)
+            order[row.position] = row.tag;
+        if (row.againAt >= 0)
+            order[row.againAt] = row.tag;
+    }
+    return order;
+}
+
+// Every index of the table is taken by exactly one row.
+constexpr bool tagOrderIsDense()
+{
+    for (int i = 0; i < kTagOrderSize; ++i) {
+        int takers = 0;
+        for (const SettingRow& row : kRows)
+            takers += (row.position == i || row.againAt == i) ? 1 : 0;
+        if (takers != 1)
+            return false;
+    }
+    for (const SettingRow& row : kRows) {
+        if (row.position >= kTagOrderSize || row.againAt >= kTagOrderSize)
+            return false;
+    }
+    return true;
+}
+static_assert(tagOrderIsDense(), "the settings' places fill the 58 entries of the tag order table once each");
+
+constexpr TagOrder kTagOrder = buildTagOrder();
 
 typedef std::map<std::string, int, std::less<>> TagPositions;
 
@@ -52,7 +97,7 @@ const TagPositions& filledTagPositions()
     TagPositions& shared = tagPositions();
     if (!tagPositionsFilled.load(std::memory_order_acquire)) {
         TagPositions local;
-        for (int i = 0; i < 58; ++i)
+        for (int i = 0; i < kTagOrderSize; ++i)
             local[kTagOrder[i]] = i; // a later duplicate overwrites an earlier one
         HNKGuardT<HNKLock> guard(tagPositionsLock);
         if (shared.empty()) {
@@ -66,12 +111,76 @@ const TagPositions& filledTagPositions()
 const int kOfflineManagementEnabledID = 1647;
 const int kOfflineServiceItem = 1747;
 const int kDeviceItem = 1114;
-const std::string kOfflineServicesTag = "offline_management_list";
-const std::string kDeviceListTag = "device_list";
+const std::string kOfflineServicesTag = tagOf(Setting::OfflineServices);
+const std::string kDeviceListTag = tagOf(Setting::Devices);
 
 typedef HNKReaderListT<int, HNKStringReader, HNKReaderSetDataT> OfflineServicesReader;
 typedef HNKReaderDerivedList<int, HNRVMDevice> DeviceListReader;
 typedef HNKWriterDerivedList<int, HNRVMDevice> DeviceListWriter;
+
+// compare's steps, by rank: compareByMethod over one getter each.
+typedef int (*CompareStep)(const HNREnvConfig&, const HNREnvConfig&);
+
+template <class T, class C, int (C::*Getter)(T&) const>
+int compareStep(const HNREnvConfig& a, const HNREnvConfig& b)
+{
+    return compareByMethod<T>(a, b, Getter);
+}
+
+// Null for an unranked setting, whose comparison is never instantiated.
+template <int Rank, class T, class C, int (C::*Getter)(T&) const>
+constexpr CompareStep stepOf()
+{
+    if constexpr (Rank > 0)
+        return &compareStep<T, C, Getter>;
+    else
+        return nullptr;
+}
+
+#define HNR_OWNER_value HNREnvConfig
+#define HNR_OWNER_custom HNREnvConfig
+#define HNR_OWNER_list HNREnvConfig
+#define HNR_OWNER_base HNKEnvConfig
+#define HNR_STEP(arg, kind, Name, T, tag, place, compare, secrecy) \
+    stepOf<HNR_ENV_CONFIG_RANK_##compare, T, HNR_OWNER_##kind, &HNR_OWNER_##kind::get##Name>(),
+constexpr CompareStep kStepsByRow[] = {HNR_ENV_CONFIG_SETTINGS(HNR_STEP, )};
+#undef HNR_STEP
+
+constexpr int countRanked()
+{
+    int n = 0;
+    for (const SettingRow& row : kRows)
+        n += row.compareRank > 0 ? 1 : 0;
+    return n;
+}
+constexpr int kRankedCount = countRanked();
+typedef std::array<CompareStep, kRankedCount> CompareOrder;
+
+constexpr CompareOrder buildCompareOrder()
+{
+    CompareOrder order{};
+    for (int i = 0; i < kRowCount; ++i) {
+        if (kRows[i].compareRank > 0)
+            order[kRows[i].compareRank - 1] = kStepsByRow[i];
+    }
+    return order;
+}
+
+// Ranks run 1..n, each once.
+constexpr bool ranksAreDense()
+{
+    for (int r = 1; r <= kRankedCount; ++r) {
+        int takers = 0;
+        for (const SettingRow& row : kRows)
+            takers += row.compareRank == r ? 1 : 0;
+        if (takers != 1)
+            return false;
+    }
+    return true;
+}
+static_assert(ranksAreDense(), "the compare ranks run from 1 with no gap and no repeat");
+
+constexpr CompareOrder kCompareOrder = buildCompareOrder();
 
 } // namespace
 
@@ -107,108 +216,28 @@ template int HNREnvConfig::setProperty<bool>(bool, const char*);
 template int HNREnvConfig::setProperty<int>(int, const char*);
 template int HNREnvConfig::setProperty<std::string>(std::string, const char*);
 
+// The comparison helper, for every value type of the settings: callers
+// compare through these, whatever the compiler inlines here.
+template int compareByMethod<bool>(const HNREnvConfig&, const HNREnvConfig&, int (HNREnvConfig::*)(bool&) const);
+template int compareByMethod<int>(const HNREnvConfig&, const HNREnvConfig&, int (HNREnvConfig::*)(int&) const);
+template int compareByMethod<std::string>(const HNREnvConfig&, const HNREnvConfig&,
+                                          int (HNREnvConfig::*)(std::string&) const);
+template int compareByMethod<HNROfflineServices>(const HNREnvConfig&, const HNREnvConfig&,
+                                                 int (HNREnvConfig::*)(HNROfflineServices&) const);
+template int compareByMethod<HNROptionalDevices>(const HNREnvConfig&, const HNREnvConfig&,
+                                                 int (HNREnvConfig::*)(HNROptionalDevices&) const);
+
 // ---- Typed accessors ----
 
-int HNREnvConfig::getToolsAutoUpdateEnabled(bool& value) const { return getProperty<bool>(value, "tools_autoupdate_enabled"); }
-int HNREnvConfig::setToolsAutoUpdateEnabled(bool value) { return setProperty<bool>(value, "tools_autoupdate_enabled"); }
-int HNREnvConfig::getUseDefaultAnswers(bool& value) const { return getProperty<bool>(value, "use_default_answers"); }
-int HNREnvConfig::setUseDefaultAnswers(bool value) { return setProperty<bool>(value, "use_default_answers"); }
-int HNREnvConfig::getUserSharedFoldersEnabled(bool& value) const { return getProperty<bool>(value, "user_shared_folders_enabled"); }
-int HNREnvConfig::setUserSharedFoldersEnabled(bool value) { return setProperty<bool>(value, "user_shared_folders_enabled"); }
-int HNREnvConfig::getCPUCount(int& value) const { return getProperty<int>(value, "cpu_count"); }
-int HNREnvConfig::setCPUCount(int value) { return setProperty<int>(value, "cpu_count"); }
-int HNREnvConfig::getMemorySize(int& value) const { return getProperty<int>(value, "memory_size"); }
-int HNREnvConfig::setMemorySize(int value) { return setProperty<int>(value, "memory_size"); }
-int HNREnvConfig::getVideoMemorySize(int& value) const { return getProperty<int>(value, "video_memory_size"); }
-int HNREnvConfig::setVideoMemorySize(int value) { return setProperty<int>(value, "video_memory_size"); }
-int HNREnvConfig::getCPUMode(int& value) const { return getProperty<int>(value, "cpu_mode"); }
-int HNREnvConfig::setCPUMode(int value) { return setProperty<int>(value, "cpu_mode"); }
-int HNREnvConfig::getCPUUnits(int& value) const { return getProperty<int>(value, "cpu_units"); }
-int HNREnvConfig::setCPUUnits(int value) { return setProperty<int>(value, "cpu_units"); }
-int HNREnvConfig::getCPULimit(int& value) const { return getProperty<int>(value, "cpu_limit"); }
-int HNREnvConfig::setCPULimit(int value) { return setProperty<int>(value, "cpu_limit"); }
-int HNREnvConfig::getCPUAccelLevel(int& value) const { return getProperty<int>(value, "cpu_accel_level"); }
-int HNREnvConfig::setCPUAccelLevel(int value) { return setProperty<int>(value, "cpu_accel_level"); }
-int HNREnvConfig::getAutoStart(int& value) const { return getProperty<int>(value, "auto_start"); }
-int HNREnvConfig::setAutoStart(int value) { return setProperty<int>(value, "auto_start"); }
-int HNREnvConfig::getAutoStartDelay(int& value) const { return getProperty<int>(value, "auto_start_delay"); }
-int HNREnvConfig::setAutoStartDelay(int value) { return setProperty<int>(value, "auto_start_delay"); }
-int HNREnvConfig::getStartLoginMode(int& value) const { return getProperty<int>(value, "start_login_mode"); }
-int HNREnvConfig::setStartLoginMode(int value) { return setProperty<int>(value, "start_login_mode"); }
-int HNREnvConfig::getStartUserLogin(std::string& value) const { return getProperty<std::string>(value, "start_user_login"); }
-int HNREnvConfig::setStartUserLogin(const std::string& value) { return setProperty<std::string>(value, "start_user_login"); }
-int HNREnvConfig::getStartUserPassword(std::string& value) const { return getProperty<std::string>(value, "start_user_password"); }
-int HNREnvConfig::setStartUserPassword(const std::string& value) { return setProperty<std::string>(value, "start_user_password"); }
-int HNREnvConfig::getAutoStop(int& value) const { return getProperty<int>(value, "auto_stop"); }
-int HNREnvConfig::setAutoStop(int value) { return setProperty<int>(value, "auto_stop"); }
-int HNREnvConfig::getWindowMode(int& value) const { return getProperty<int>(value, "window_mode"); }
-int HNREnvConfig::setWindowMode(int value) { return setProperty<int>(value, "window_mode"); }
-int HNREnvConfig::getLastModifiedDate(std::string& value) const { return getProperty<std::string>(value, "last_modified_date"); }
-int HNREnvConfig::setLastModifiedDate(const std::string& value) { return setProperty<std::string>(value, "last_modified_date"); }
-int HNREnvConfig::getLastModifierName(std::string& value) const { return getProperty<std::string>(value, "last_modifier_name"); }
-int HNREnvConfig::setLastModifierName(const std::string& value) { return setProperty<std::string>(value, "last_modifier_name"); }
-int HNREnvConfig::getGuestSharingEnabled(bool& value) const { return getProperty<bool>(value, "guest_sharing_enabled"); }
-int HNREnvConfig::setGuestSharingEnabled(bool value) { return setProperty<bool>(value, "guest_sharing_enabled"); }
-int HNREnvConfig::getGuestSharingAutoMount(bool& value) const { return getProperty<bool>(value, "guest_sharing_auto_mount"); }
-int HNREnvConfig::setGuestSharingAutoMount(bool value) { return setProperty<bool>(value, "guest_sharing_auto_mount"); }
-int HNREnvConfig::getHostSharingEnabled(bool& value) const { return getProperty<bool>(value, "host_sharing_enabled"); }
-int HNREnvConfig::setHostSharingEnabled(bool value) { return setProperty<bool>(value, "host_sharing_enabled"); }
-int HNREnvConfig::getHostSharingLocal(bool& value) const { return getProperty<bool>(value, "host_sharing_local"); }
-int HNREnvConfig::setHostSharingLocal(bool value) { return setProperty<bool>(value, "host_sharing_local"); }
-int HNREnvConfig::getHostSharingGlobal(bool& value) const { return getProperty<bool>(value, "host_sharing_global"); }
-int HNREnvConfig::setHostSharingGlobal(bool value) { return setProperty<bool>(value, "host_sharing_global"); }
-int HNREnvConfig::getDiskCacheWriteBack(bool& value) const { return getProperty<bool>(value, "disk_cache_write_back"); }
-int HNREnvConfig::setDiskCacheWriteBack(bool value) { return setProperty<bool>(value, "disk_cache_write_back"); }
-int HNREnvConfig::getCloseAppOnShutdown(bool& value) const { return getProperty<bool>(value, "close_app_on_shutdown"); }
-int HNREnvConfig::setCloseAppOnShutdown(bool value) { return setProperty<bool>(value, "close_app_on_shutdown"); }
-int HNREnvConfig::getSystemFlags(std::string& value) const { return getProperty<std::string>(value, "system_flags"); }
-int HNREnvConfig::setSystemFlags(const std::string& value) { return setProperty<std::string>(value, "system_flags"); }
-int HNREnvConfig::getForegroundPriority(int& value) const { return getProperty<int>(value, "foreground_priority"); }
-int HNREnvConfig::setForegroundPriority(int value) { return setProperty<int>(value, "foreground_priority"); }
-int HNREnvConfig::getBackgroundPriority(int& value) const { return getProperty<int>(value, "background_priority"); }
-int HNREnvConfig::setBackgroundPriority(int value) { return setProperty<int>(value, "background_priority"); }
-int HNREnvConfig::getIoPriority(int& value) const { return getProperty<int>(value, "io_priority"); }
-int HNREnvConfig::setIoPriority(int value) { return setProperty<int>(value, "io_priority"); }
-int HNREnvConfig::getServerHostName(std::string& value) const { return getProperty<std::string>(value, "server_host_name"); }
-int HNREnvConfig::setServerHostName(const std::string& value) { return setProperty<std::string>(value, "server_host_name"); }
-int HNREnvConfig::getHomePath(std::string& value) const { return getProperty<std::string>(value, "home_path"); }
-int HNREnvConfig::setHomePath(const std::string& value) { return setProperty<std::string>(value, "home_path"); }
-int HNREnvConfig::getIcon(std::string& value) const { return getProperty<std::string>(value, "icon"); }
-int HNREnvConfig::setIcon(const std::string& value) { return setProperty<std::string>(value, "icon"); }
-int HNREnvConfig::getShowTaskBar(bool& value) const { return getProperty<bool>(value, "show_task_bar"); }
-int HNREnvConfig::setShowTaskBar(bool value) { return setProperty<bool>(value, "show_task_bar"); }
-int HNREnvConfig::getRelocateTaskBar(bool& value) const { return getProperty<bool>(value, "relocate_task_bar"); }
-int HNREnvConfig::setRelocateTaskBar(bool value) { return setProperty<bool>(value, "relocate_task_bar"); }
-int HNREnvConfig::getExcludeDock(bool& value) const { return getProperty<bool>(value, "exclude_dock"); }
-int HNREnvConfig::setExcludeDock(bool value) { return setProperty<bool>(value, "exclude_dock"); }
-int HNREnvConfig::getMultiDisplay(bool& value) const { return getProperty<bool>(value, "multi_display"); }
-int HNREnvConfig::setMultiDisplay(bool value) { return setProperty<bool>(value, "multi_display"); }
-int HNREnvConfig::getTemplate(bool& value) const { return getProperty<bool>(value, "is_template"); }
-int HNREnvConfig::setTemplate(bool value) { return setProperty<bool>(value, "is_template"); }
-int HNREnvConfig::getAdditionalScreenResolutionsEnabled(bool& value) const { return getProperty<bool>(value, "additional_screen_resolutions_enabled"); }
-int HNREnvConfig::setAdditionalScreenResolutionsEnabled(bool value) { return setProperty<bool>(value, "additional_screen_resolutions_enabled"); }
-int HNREnvConfig::getOSScreenResolutionInFullScreenModeEnabled(bool& value) const { return getProperty<bool>(value, "os_screen_resolution_in_full_screen_mode_enabled"); }
-int HNREnvConfig::setOSScreenResolutionInFullScreenModeEnabled(bool value) { return setProperty<bool>(value, "os_screen_resolution_in_full_screen_mode_enabled"); }
-int HNREnvConfig::getAppInDockMode(int& value) const { return getProperty<int>(value, "app_in_dock_mode"); }
-int HNREnvConfig::setAppInDockMode(int value) { return setProperty<int>(value, "app_in_dock_mode"); }
-int HNREnvConfig::getDockIconType(int& value) const { return getProperty<int>(value, "dock_icon_type"); }
-int HNREnvConfig::setDockIconType(int value) { return setProperty<int>(value, "dock_icon_type"); }
-int HNREnvConfig::getVNCMode(int& value) const { return getProperty<int>(value, "vnc_mode"); }
-int HNREnvConfig::setVNCMode(int value) { return setProperty<int>(value, "vnc_mode"); }
-int HNREnvConfig::getVNCPort(int& value) const { return getProperty<int>(value, "vnc_port"); }
-int HNREnvConfig::setVNCPort(int value) { return setProperty<int>(value, "vnc_port"); }
-int HNREnvConfig::getVNCNetworkInterface(std::string& value) const { return getProperty<std::string>(value, "vnc_nic"); }
-int HNREnvConfig::setVNCNetworkInterface(const std::string& value) { return setProperty<std::string>(value, "vnc_nic"); }
-int HNREnvConfig::getVNCPassword(std::string& value) const { return getProperty<std::string>(value, "vnc_password"); }
-int HNREnvConfig::setVNCPassword(const std::string& value) { return setProperty<std::string>(value, "vnc_password"); }
-int HNREnvConfig::getOriginSample(std::string& value) const { return getProperty<std::string>(value, "origin_sample"); }
-int HNREnvConfig::setOriginSample(const std::string& value) { return setProperty<std::string>(value, "origin_sample"); }
-int HNREnvConfig::getToolsStatus(int& value) const { return getProperty<int>(value, "tools_status"); }
-int HNREnvConfig::setToolsStatus(int value) { return setProperty<int>(value, "tools_status"); }
-int HNREnvConfig::getVNCStarted(bool& value) const { return getProperty<bool>(value, "vnc_started"); }
-int HNREnvConfig::setVNCStarted(bool value) { return setProperty<bool>(value, "vnc_started"); }
-int HNREnvConfig::getAccessForOthers(int& value) const { return getProperty<int>(value, "access_for_others"); }
-int HNREnvConfig::setAccessForOthers(int value) { return setProperty<int>(value, "access_for_others"); }
+#define HNR_DEFINE(arg, kind, Name, T, tag, place, compare, secrecy) HNR_DEFINE_##kind(Name, T, tag)
+#define HNR_DEFINE_value(Name, T, tag)                                                                 \
+    int HNREnvConfig::get##Name(T& value) const { return getProperty<T>(value, tag); }               \
+    int HNREnvConfig::set##Name(HNRSettingArg<T> value) { return setProperty<T>(value, tag); }
+#define HNR_DEFINE_custom(Name, T, tag) // below, by hand
+#define HNR_DEFINE_list(Name, T, tag)   // below, by hand
+#define HNR_DEFINE_base(Name, T, tag)   // the framework's
+HNR_ENV_CONFIG_SETTINGS(HNR_DEFINE, )
+#undef HNR_DEFINE
 
 // ---- The three accessors with their own addressing ----
 
@@ -290,59 +319,13 @@ int HNREnvConfig::compare(const HNREnvConfig& other) const
     int c = HNKEnvConfig::compare(other);
     if (c != 0)
         return c;
-    // CPU units, CPU limit and the start user's password are left out on
-    // purpose: configurations differing only in them are equal.
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getMemorySize)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getOfflineManagementEnabled)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getToolsAutoUpdateEnabled)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getUseDefaultAnswers)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getUserSharedFoldersEnabled)) != 0) return c;
-    if ((c = compareByMethod<HNKOptionalProperty<std::set<std::string>>>(*this, other, &HNREnvConfig::getOfflineServices)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getVideoMemorySize)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getCPUCount)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getCPUMode)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getCPUAccelLevel)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getAutoStart)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getAutoStartDelay)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getStartLoginMode)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getStartUserLogin)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getAutoStop)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getWindowMode)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getLastModifiedDate)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getLastModifierName)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getGuestSharingEnabled)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getGuestSharingAutoMount)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getHostSharingEnabled)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getHostSharingLocal)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getHostSharingGlobal)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getDiskCacheWriteBack)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getCloseAppOnShutdown)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getSystemFlags)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getForegroundPriority)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getBackgroundPriority)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getIoPriority)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getServerHostName)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getHomePath)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getIcon)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getShowTaskBar)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getRelocateTaskBar)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getExcludeDock)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getMultiDisplay)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getTemplate)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getAdditionalScreenResolutionsEnabled)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getOSScreenResolutionInFullScreenModeEnabled)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getAppInDockMode)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getDockIconType)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getVNCMode)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNREnvConfig::getVNCStarted)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getVNCPort)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getVNCNetworkInterface)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getVNCPassword)) != 0) return c;
-    if ((c = compareByMethod<bool>(*this, other, &HNKEnvConfig::getDisabled)) != 0) return c;
-    if ((c = compareByMethod<std::string>(*this, other, &HNREnvConfig::getOriginSample)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getToolsStatus)) != 0) return c;
-    if ((c = compareByMethod<int>(*this, other, &HNREnvConfig::getAccessForOthers)) != 0) return c;
-    if ((c = compareByMethod<HNKOptionalProperty<HNRVMDeviceList>>(*this, other, &HNREnvConfig::getDevices)) != 0) return c;
+    // In the table's compare order. CPU units, CPU limit and the start
+    // user's password are unranked on purpose: configurations differing only
+    // in them are equal.
+    for (CompareStep step : kCompareOrder) {
+        if ((c = step(*this, other)) != 0)
+            return c;
+    }
     return 0;
 }
 

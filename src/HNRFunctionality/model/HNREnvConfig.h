@@ -4,28 +4,34 @@
 // child element of the message tree held by the framework base, and each
 // accessor reads or writes one element by tag.
 //
+// Every setting is written once, in HNR_ENV_CONFIG_SETTINGS below; the
+// accessors' declarations and definitions, getPositionOfTheTag, compare, the
+// record catalogue (what hnrctl prints and hides) and the benchmark's copy
+// list are all expanded from it.
+//
 // API, by group:
-// - Typed accessors (table below): getters return 0, or -1 (argument
-//   untouched) without a tree, without the element or on a bad value;
-//   setters leave exactly one element of the tag, appended with the new
-//   value, and return 0; a string XML cannot carry is refused (-1) with the
-//   old element left in place.
+// - Typed accessors (the table's value rows): getters return 0, or -1
+//   (argument untouched) without a tree, without the element or on a bad
+//   value; setters leave exactly one element of the tag, appended with the
+//   new value, and return 0; a string XML cannot carry is refused (-1) with
+//   the old element left in place.
 // - getProperty / setProperty<T> (bool, int, std::string): the generic pair
 //   behind every typed accessor.
-// - Offline management flag: element ID 1647, no tag of its own.
-// - Offline services and devices: optional lists under "offline_management_list"
-//   (items ID 1747) and "device_list" (items ID 1114). Getters: -1 without a
-//   tree; 0 and the argument untouched without the list element; else the
-//   argument is marked specified and the list reader's status is returned.
-//   Setters remove every list element of the tag and write one again only
-//   when specified.
+// - Offline management flag (custom row): element ID 1647, no tag of its own.
+// - Offline services and devices (list rows): optional lists under
+//   "offline_management_list" (items ID 1747) and "device_list" (items ID
+//   1114). Getters: -1 without a tree; 0 and the argument untouched without
+//   the list element; else the argument is marked specified and the list
+//   reader's status is returned. Setters remove every list element of the
+//   tag and write one again only when specified.
 // - getPositionOfTheTag: the schema position of a tag (one process-wide
 //   table of 58 tags), used by the framework to order the output.
 // - compare: the framework's comparison, then compareByMethod over the
-//   getters in a fixed order; CPU units, CPU limit and the start user's
-//   password never take part.
-// - Framework-owned settings ("disabled", "cpu_hvt", "ps_port", "screen_*",
-//   "name"...) are the base's (HNKEnvConfig).
+//   getters in the table's compare order; CPU units, CPU limit and the start
+//   user's password never take part.
+// - Framework-owned settings (base rows: "disabled", "cpu_hvt", "ps_port",
+//   "screen_*", "name"...) are the base's (HNKEnvConfig); they are in the
+//   table for their position, comparison and listing.
 #include "model/HNRVMDevice.h"
 
 #include "HNKCompare.h"
@@ -36,10 +42,122 @@
 
 #include <set>
 #include <string>
+#include <type_traits>
 
 class HNKEnvCoreBasic;
 
+// The settings of a VM configuration, one row each:
+//   ROW(arg, kind, Name, type, tag, place, compare, secrecy)
+// arg     passed through to every ROW unchanged.
+// kind    value:  HNREnvConfig's accessor pair, getProperty/setProperty by tag;
+//         custom: HNREnvConfig's pair with its own addressing (element ID);
+//         list:   HNREnvConfig's pair reading and writing an optional list;
+//         base:   the framework base's pair (HNKEnvConfig).
+// Name    the accessors are get<Name> and set<Name>.
+// place   the tag's place in the schema order, which getPositionOfTheTag
+//         gives and the framework writes in: at(n); twice(a, b), the tag is
+//         in the order table at a and again at b, the later wins, so no tag
+//         has position a; after(n), no position (-1), listed after position
+//         n; first, no position, listed before all.
+// compare rank(n): nth getter compared by compare; unranked: never compared.
+// secrecy secret: a password, hidden by hnrctl unless asked; plain.
+// Rows are in the order the accessors are declared (the framework's first):
+// the order a caller setting them all appends the elements without a
+// position in.
+#define HNR_ENV_CONFIG_SETTINGS(ROW, arg) \
+    ROW(arg, base, Name, HNKOptionalProperty<std::string>, "name", first, unranked, plain) \
+    ROW(arg, base, Disabled, bool, "disabled", at(45), rank(47), plain) \
+    ROW(arg, base, CPUHvt, bool, "cpu_hvt", at(4), unranked, plain) \
+    ROW(arg, base, VtdSupported, bool, "vtd_supported", at(5), unranked, plain) \
+    ROW(arg, base, PsPort, int, "ps_port", at(41), unranked, plain) \
+    ROW(arg, base, ScreenWidth, int, "screen_width", at(49), unranked, plain) \
+    ROW(arg, base, ScreenHeight, int, "screen_height", at(50), unranked, plain) \
+    ROW(arg, base, ScreenDepth, int, "screen_depth", at(51), unranked, plain) \
+    ROW(arg, value, ToolsAutoUpdateEnabled, bool, "tools_autoupdate_enabled", at(56), rank(3), plain) \
+    ROW(arg, value, UseDefaultAnswers, bool, "use_default_answers", twice(54, 55), rank(4), plain) \
+    ROW(arg, value, UserSharedFoldersEnabled, bool, "user_shared_folders_enabled", after(55), rank(5), plain) \
+    ROW(arg, custom, OfflineManagementEnabled, bool, "offline_management_enabled", after(57), rank(2), plain) \
+    ROW(arg, list, OfflineServices, HNR::HNROfflineServices, "offline_management_list", at(57), rank(6), plain) \
+    ROW(arg, value, CPUCount, int, "cpu_count", at(2), rank(8), plain) \
+    ROW(arg, value, MemorySize, int, "memory_size", at(0), rank(1), plain) \
+    ROW(arg, value, VideoMemorySize, int, "video_memory_size", at(1), rank(7), plain) \
+    ROW(arg, value, CPUMode, int, "cpu_mode", at(3), rank(9), plain) \
+    ROW(arg, value, CPUUnits, int, "cpu_units", at(6), unranked, plain) \
+    ROW(arg, value, CPULimit, int, "cpu_limit", after(6), unranked, plain) \
+    ROW(arg, value, CPUAccelLevel, int, "cpu_accel_level", at(7), rank(10), plain) \
+    ROW(arg, value, AutoStart, int, "auto_start", at(8), rank(11), plain) \
+    ROW(arg, value, AutoStartDelay, int, "auto_start_delay", at(9), rank(12), plain) \
+    ROW(arg, value, StartLoginMode, int, "start_login_mode", at(10), rank(13), plain) \
+    ROW(arg, value, StartUserLogin, std::string, "start_user_login", at(11), rank(14), plain) \
+    ROW(arg, value, StartUserPassword, std::string, "start_user_password", at(12), unranked, secret) \
+    ROW(arg, value, AutoStop, int, "auto_stop", at(13), rank(15), plain) \
+    ROW(arg, value, WindowMode, int, "window_mode", at(14), rank(16), plain) \
+    ROW(arg, value, LastModifiedDate, std::string, "last_modified_date", at(15), rank(17), plain) \
+    ROW(arg, value, LastModifierName, std::string, "last_modifier_name", at(16), rank(18), plain) \
+    ROW(arg, value, GuestSharingEnabled, bool, "guest_sharing_enabled", at(17), rank(19), plain) \
+    ROW(arg, value, GuestSharingAutoMount, bool, "guest_sharing_auto_mount", at(18), rank(20), plain) \
+    ROW(arg, value, HostSharingEnabled, bool, "host_sharing_enabled", at(19), rank(21), plain) \
+    ROW(arg, value, HostSharingLocal, bool, "host_sharing_local", at(20), rank(22), plain) \
+    ROW(arg, value, HostSharingGlobal, bool, "host_sharing_global", at(21), rank(23), plain) \
+    ROW(arg, value, DiskCacheWriteBack, bool, "disk_cache_write_back", at(22), rank(24), plain) \
+    ROW(arg, value, CloseAppOnShutdown, bool, "close_app_on_shutdown", at(23), rank(25), plain) \
+    ROW(arg, value, SystemFlags, std::string, "system_flags", at(24), rank(26), plain) \
+    ROW(arg, value, ForegroundPriority, int, "foreground_priority", at(25), rank(27), plain) \
+    ROW(arg, value, BackgroundPriority, int, "background_priority", at(26), rank(28), plain) \
+    ROW(arg, value, IoPriority, int, "io_priority", at(27), rank(29), plain) \
+    ROW(arg, value, ServerHostName, std::string, "server_host_name", at(28), rank(30), plain) \
+    ROW(arg, value, HomePath, std::string, "home_path", at(29), rank(31), plain) \
+    ROW(arg, value, Icon, std::string, "icon", at(30), rank(32), plain) \
+    ROW(arg, value, ShowTaskBar, bool, "show_task_bar", at(31), rank(33), plain) \
+    ROW(arg, value, RelocateTaskBar, bool, "relocate_task_bar", at(32), rank(34), plain) \
+    ROW(arg, value, ExcludeDock, bool, "exclude_dock", at(33), rank(35), plain) \
+    ROW(arg, value, MultiDisplay, bool, "multi_display", at(34), rank(36), plain) \
+    ROW(arg, value, Template, bool, "is_template", at(53), rank(37), plain) \
+    ROW(arg, value, AdditionalScreenResolutionsEnabled, bool, "additional_screen_resolutions_enabled", at(35), rank(38), plain) \
+    ROW(arg, value, OSScreenResolutionInFullScreenModeEnabled, bool, "os_screen_resolution_in_full_screen_mode_enabled", at(36), rank(39), plain) \
+    ROW(arg, value, AppInDockMode, int, "app_in_dock_mode", at(37), rank(40), plain) \
+    ROW(arg, value, DockIconType, int, "dock_icon_type", at(38), rank(41), plain) \
+    ROW(arg, value, VNCMode, int, "vnc_mode", at(39), rank(42), plain) \
+    ROW(arg, value, VNCPort, int, "vnc_port", at(40), rank(44), plain) \
+    ROW(arg, value, VNCNetworkInterface, std::string, "vnc_nic", at(42), rank(45), plain) \
+    ROW(arg, value, VNCPassword, std::string, "vnc_password", at(43), rank(46), secret) \
+    ROW(arg, list, Devices, HNR::HNROptionalDevices, "device_list", at(52), rank(51), plain) \
+    ROW(arg, value, OriginSample, std::string, "origin_sample", at(46), rank(48), plain) \
+    ROW(arg, value, ToolsStatus, int, "tools_status", at(47), rank(49), plain) \
+    ROW(arg, value, VNCStarted, bool, "vnc_started", at(44), rank(43), plain) \
+    ROW(arg, value, AccessForOthers, int, "access_for_others", at(48), rank(50), plain)
+
+// The columns' words, for the expansions: HNR_ENV_CONFIG_PLACE_##place gives
+// "first position, second position, listing key" (-1 for no position; the
+// key orders rows as the schema does, an after(n) row just behind n),
+// HNR_ENV_CONFIG_RANK_##compare the rank (0: never compared) and
+// HNR_ENV_CONFIG_SECRET_##secrecy the flag.
+#define HNR_ENV_CONFIG_PLACE_at(n) n, n, 2 * (n)
+#define HNR_ENV_CONFIG_PLACE_twice(a, b) a, b, 2 * (b)
+#define HNR_ENV_CONFIG_PLACE_after(n) -1, -1, 2 * (n) + 1
+#define HNR_ENV_CONFIG_PLACE_first -1, -1, -1
+#define HNR_ENV_CONFIG_RANK_rank(n) n
+#define HNR_ENV_CONFIG_RANK_unranked 0
+#define HNR_ENV_CONFIG_SECRET_secret true
+#define HNR_ENV_CONFIG_SECRET_plain false
+
+// The class's own accessor declarations.
+#define HNR_ENV_CONFIG_DECLARE(arg, kind, Name, T, tag, place, compare, secrecy) \
+    HNR_ENV_CONFIG_DECLARE_##kind(Name, T)
+#define HNR_ENV_CONFIG_DECLARE_value(Name, T) \
+    int get##Name(T& value) const;             \
+    int set##Name(HNR::HNRSettingArg<T> value);
+#define HNR_ENV_CONFIG_DECLARE_custom HNR_ENV_CONFIG_DECLARE_value
+#define HNR_ENV_CONFIG_DECLARE_list HNR_ENV_CONFIG_DECLARE_value
+#define HNR_ENV_CONFIG_DECLARE_base(Name, T)
+
 namespace HNR {
+
+typedef HNKOptionalProperty<std::set<std::string>> HNROfflineServices;
+typedef HNKOptionalProperty<HNRVMDeviceList> HNROptionalDevices;
+// What a setter takes: numbers and flags by value, the rest by const reference.
+template <class T>
+using HNRSettingArg = typename std::conditional<std::is_scalar<T>::value, T, const T&>::type;
 
 class HNREnvConfig : public HNKVEnvConfig {
 public:
@@ -62,118 +180,18 @@ public:
     template <class T>
     int setProperty(T value, const char* tag);
 
-    int getToolsAutoUpdateEnabled(bool& value) const; // "tools_autoupdate_enabled"
-    int setToolsAutoUpdateEnabled(bool value);
-    int getUseDefaultAnswers(bool& value) const; // "use_default_answers"
-    int setUseDefaultAnswers(bool value);
-    int getUserSharedFoldersEnabled(bool& value) const; // "user_shared_folders_enabled"
-    int setUserSharedFoldersEnabled(bool value);
-    int getOfflineManagementEnabled(bool& value) const;                  // element ID 1647
-    int setOfflineManagementEnabled(bool value);
-    int getOfflineServices(HNKOptionalProperty<std::set<std::string>>& services) const; // "offline_management_list", items ID 1747
-    int setOfflineServices(const HNKOptionalProperty<std::set<std::string>>& services);
-    int getCPUCount(int& value) const; // "cpu_count"
-    int setCPUCount(int value);
-    int getMemorySize(int& value) const; // "memory_size"
-    int setMemorySize(int value);
-    int getVideoMemorySize(int& value) const; // "video_memory_size"
-    int setVideoMemorySize(int value);
-    int getCPUMode(int& value) const; // "cpu_mode"
-    int setCPUMode(int value);
-    int getCPUUnits(int& value) const; // "cpu_units"
-    int setCPUUnits(int value);
-    int getCPULimit(int& value) const; // "cpu_limit"
-    int setCPULimit(int value);
-    int getCPUAccelLevel(int& value) const; // "cpu_accel_level"
-    int setCPUAccelLevel(int value);
-    int getAutoStart(int& value) const; // "auto_start"
-    int setAutoStart(int value);
-    int getAutoStartDelay(int& value) const; // "auto_start_delay"
-    int setAutoStartDelay(int value);
-    int getStartLoginMode(int& value) const; // "start_login_mode"
-    int setStartLoginMode(int value);
-    int getStartUserLogin(std::string& value) const; // "start_user_login"
-    int setStartUserLogin(const std::string& value);
-    int getStartUserPassword(std::string& value) const; // "start_user_password"
-    int setStartUserPassword(const std::string& value);
-    int getAutoStop(int& value) const; // "auto_stop"
-    int setAutoStop(int value);
-    int getWindowMode(int& value) const; // "window_mode"
-    int setWindowMode(int value);
-    int getLastModifiedDate(std::string& value) const; // "last_modified_date"
-    int setLastModifiedDate(const std::string& value);
-    int getLastModifierName(std::string& value) const; // "last_modifier_name"
-    int setLastModifierName(const std::string& value);
-    int getGuestSharingEnabled(bool& value) const; // "guest_sharing_enabled"
-    int setGuestSharingEnabled(bool value);
-    int getGuestSharingAutoMount(bool& value) const; // "guest_sharing_auto_mount"
-    int setGuestSharingAutoMount(bool value);
-    int getHostSharingEnabled(bool& value) const; // "host_sharing_enabled"
-    int setHostSharingEnabled(bool value);
-    int getHostSharingLocal(bool& value) const; // "host_sharing_local"
-    int setHostSharingLocal(bool value);
-    int getHostSharingGlobal(bool& value) const; // "host_sharing_global"
-    int setHostSharingGlobal(bool value);
-    int getDiskCacheWriteBack(bool& value) const; // "disk_cache_write_back"
-    int setDiskCacheWriteBack(bool value);
-    int getCloseAppOnShutdown(bool& value) const; // "close_app_on_shutdown"
-    int setCloseAppOnShutdown(bool value);
-    int getSystemFlags(std::string& value) const; // "system_flags"
-    int setSystemFlags(const std::string& value);
-    int getForegroundPriority(int& value) const; // "foreground_priority"
-    int setForegroundPriority(int value);
-    int getBackgroundPriority(int& value) const; // "background_priority"
-    int setBackgroundPriority(int value);
-    int getIoPriority(int& value) const; // "io_priority"
-    int setIoPriority(int value);
-    int getServerHostName(std::string& value) const; // "server_host_name"
-    int setServerHostName(const std::string& value);
-    int getHomePath(std::string& value) const; // "home_path"
-    int setHomePath(const std::string& value);
-    int getIcon(std::string& value) const; // "icon"
-    int setIcon(const std::string& value);
-    int getShowTaskBar(bool& value) const; // "show_task_bar"
-    int setShowTaskBar(bool value);
-    int getRelocateTaskBar(bool& value) const; // "relocate_task_bar"
-    int setRelocateTaskBar(bool value);
-    int getExcludeDock(bool& value) const; // "exclude_dock"
-    int setExcludeDock(bool value);
-    int getMultiDisplay(bool& value) const; // "multi_display"
-    int setMultiDisplay(bool value);
-    int getTemplate(bool& value) const; // "is_template"
-    int setTemplate(bool value);
-    int getAdditionalScreenResolutionsEnabled(bool& value) const; // "additional_screen_resolutions_enabled"
-    int setAdditionalScreenResolutionsEnabled(bool value);
-    int getOSScreenResolutionInFullScreenModeEnabled(bool& value) const; // "os_screen_resolution_in_full_screen_mode_enabled"
-    int setOSScreenResolutionInFullScreenModeEnabled(bool value);
-    int getAppInDockMode(int& value) const; // "app_in_dock_mode"
-    int setAppInDockMode(int value);
-    int getDockIconType(int& value) const; // "dock_icon_type"
-    int setDockIconType(int value);
-    int getVNCMode(int& value) const; // "vnc_mode"
-    int setVNCMode(int value);
-    int getVNCPort(int& value) const; // "vnc_port"
-    int setVNCPort(int value);
-    int getVNCNetworkInterface(std::string& value) const; // "vnc_nic"
-    int setVNCNetworkInterface(const std::string& value);
-    int getVNCPassword(std::string& value) const; // "vnc_password"
-    int setVNCPassword(const std::string& value);
-    int getDevices(HNKOptionalProperty<HNRVMDeviceList>& devices) const; // "device_list", items ID 1114
-    int setDevices(const HNKOptionalProperty<HNRVMDeviceList>& devices);
-    int getOriginSample(std::string& value) const; // "origin_sample"
-    int setOriginSample(const std::string& value);
-    int getToolsStatus(int& value) const; // "tools_status"
-    int setToolsStatus(int value);
-    int getVNCStarted(bool& value) const; // "vnc_started"
-    int setVNCStarted(bool value);
-    int getAccessForOthers(int& value) const; // "access_for_others"
-    int setAccessForOthers(int value);
+    // The typed accessors: one pair per row of HNR_ENV_CONFIG_SETTINGS of
+    // kind value, custom or list, e.g. for CPUAccelLevel:
+    //   int getCPUAccelLevel(int& value) const;
+    //   int setCPUAccelLevel(int value);
+    // (a setter takes a string or list by const reference).
+    HNR_ENV_CONFIG_SETTINGS(HNR_ENV_CONFIG_DECLARE, )
 
     // Index of `tag` in the tag order table, or -1.
     int getPositionOfTheTag(const std::string& tag) const override;
 
     // First non-zero of the framework comparison and compareByMethod over
-    // the getters in the order of the .cpp.
+    // the getters in the table's compare ranks.
     int compare(const HNREnvConfig& other) const;
 
     // Type identity only: the elements are written by the framework base.

@@ -14,6 +14,7 @@
 #include "HNKWriterBase.h"
 #include "frame/HNRConstants.h"
 #include "model/HNREnvConfig.h"
+#include "model/HNRTargetValues.h"
 
 #include <boost/shared_ptr.hpp>
 
@@ -68,12 +69,9 @@ public:
     const HNKOptionalProperty<int>& getBandwidthLimit() const { return bandwidthLimit_; }
     HNKOptionalProperty<int>& getBandwidthLimit() { return bandwidthLimit_; }
     void setBandwidthLimit(int limit) { bandwidthLimit_.set(limit); }
-    const std::string& getTargetHost() const { return targetHost_; }
-    void setTargetHost(const std::string& host) { targetHost_ = host; }
-    const std::string& getTargetPath() const { return targetPath_; }
-    void setTargetPath(const std::string& path) { targetPath_ = path; }
-    int getOperationFlags() const { return operationFlags_; }
-    void setOperationFlags(int flags) { operationFlags_ = flags; }
+    // getTargetHost / setTargetHost, getTargetPath / setTargetPath,
+    // getOperationFlags / setOperationFlags.
+    HNR_TARGET_VALUES_ACCESSORS(target_)
 
     // The bandwidth limit is specified exactly when it reads; then target
     // path, target host, flags (the first missing one is -1); then the
@@ -93,9 +91,7 @@ public:
 
 private:
     HNKOptionalProperty<int> bandwidthLimit_;
-    std::string targetHost_;
-    std::string targetPath_;
-    int operationFlags_ = 0;
+    HNRTargetValues target_;
 };
 
 typedef HNKDerivedParserFactoryT<HNRMigratorCloneOptions, HNKMigratorCloneOptions, HNKMigratorCloneOptions,

@@ -8,6 +8,8 @@
 #include "HNKFramework/XmlLintCheck.h"
 #include "HNKSerialization.h"
 
+#include "tools/MessageTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
@@ -23,33 +25,6 @@ namespace {
 typedef HNKDerivedParserFactory<HNKEnvConfig> ConfigFactory;
 
 HNREnvConfig emptyConfig() { return HNREnvConfig(static_cast<const HNKMessageIterator*>(nullptr)); }
-
-HNKMessageIterator parsed(const std::string& text)
-{
-    HNKMessageIterator it;
-    EXPECT_EQ(0, it.fromXML(text)) << getErrorMessage();
-    return it;
-}
-
-std::vector<std::string> childNames(const HNKMessageIterator& at)
-{
-    HNKMessageIterator it(at);
-    std::vector<std::string> names;
-    if (it.firstChild() != 0)
-        return names;
-    do
-        names.push_back(it.currentName());
-    while (it.nextSibling() == 0);
-    return names;
-}
-
-int countChildren(const HNKMessageIterator& at, const char* tag)
-{
-    int n = 0;
-    for (const std::string& name : childNames(at))
-        n += name == tag;
-    return n;
-}
 
 typedef int (HNREnvConfig::*IntGet)(int&) const;
 typedef int (HNREnvConfig::*IntSet)(int);

@@ -7,6 +7,8 @@
 #include "HNKFramework/XmlLintCheck.h"
 #include "HNKSerialization.h"
 
+#include "tools/MessageTestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
@@ -23,31 +25,11 @@ typedef HNKDerivedParserFactory<HNRVMDevice> DeviceFactory;
 
 const std::string kNs = kTypesNamespace;
 
-HNKMessageIterator parsed(const std::string& text)
-{
-    HNKMessageIterator it;
-    EXPECT_EQ(0, it.fromXML(text)) << getErrorMessage();
-    return it;
-}
-
 // A device element in the platform namespace, stamped with `type`.
 std::string deviceXml(const std::string& type, const std::string& body)
 {
     return "<device xmlns:t='" + kNs + "' xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xsi:type='t:" +
            type + "'>" + body + "</device>";
-}
-
-// Local names of the children of the element under the cursor, in order.
-std::vector<std::string> childNames(const HNKMessageIterator& at)
-{
-    HNKMessageIterator it(at);
-    std::vector<std::string> names;
-    if (it.firstChild() != 0)
-        return names;
-    do
-        names.push_back(it.currentName());
-    while (it.nextSibling() == 0);
-    return names;
 }
 
 void fillBase(HNRVMDevice& d, int seed)
