@@ -260,9 +260,9 @@ void maskSecrets(HNKMessageIterator& it)
 
 int HNRRecord::write(HNKMessageIterator& it, bool mask) const
 {
-    if (!m_write)
+    if (!write_)
         return -1;
-    int status = m_write(it);
+    int status = write_(it);
     if (status == 0 && mask)
         maskSecrets(it);
     return status;
@@ -314,7 +314,7 @@ int HNRRecordCatalogue::read(const HNKMessageIterator& it, HNRRecord& record, st
     }
     HNRRecord result;
     setErrorMessage("%s", "");
-    int status = r->read(it, result.m_object, result.className, result.m_write);
+    int status = r->read(it, result.object_, result.className, result.write_);
     if (status != 0) {
         std::string why = getErrorMessage();
         error = "the " + r->title + " factory for '" + key + "' failed to read it (status " +
@@ -323,7 +323,7 @@ int HNRRecordCatalogue::read(const HNKMessageIterator& it, HNRRecord& record, st
     }
     result.registry = r->title;
     result.typeKey = key;
-    result.m_base = r->base;
+    result.base_ = r->base;
     record = result;
     return 0;
 }

@@ -42,7 +42,7 @@ public:
     template <class Base>
     boost::shared_ptr<Base> as() const
     {
-        return m_base && *m_base == typeid(Base) ? boost::static_pointer_cast<Base>(m_object)
+        return base_ && *base_ == typeid(Base) ? boost::static_pointer_cast<Base>(object_)
                                                  : boost::shared_ptr<Base>();
     }
     // Writes the record at the cursor through its own factory; 0 on success.
@@ -55,9 +55,9 @@ public:
 
 private:
     friend class HNRRecordCatalogue;
-    boost::shared_ptr<void> m_object;
-    const std::type_info* m_base = nullptr;
-    std::function<int(HNKMessageIterator&)> m_write;
+    boost::shared_ptr<void> object_;
+    const std::type_info* base_ = nullptr;
+    std::function<int(HNKMessageIterator&)> write_;
 };
 
 // One typed setting of a VM configuration, read through its own getter.
