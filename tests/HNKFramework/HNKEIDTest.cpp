@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(HNKEIDTest, DefaultIsEmpty) {
+TEST(HNKEIDTest, DefaultIsNullAndOneFromAGuidIsNot) {
     EXPECT_TRUE(HNKEID().isNull());
     EXPECT_TRUE(HNKEID().getGUID().isNull());
     EXPECT_FALSE(HNKEID(HNKGUID(0, 2)).isNull());
@@ -25,7 +25,7 @@ TEST(HNKEIDTest, ComparesByGuid) {
     EXPECT_EQ(set.size(), 2u);
 }
 
-TEST(HNKEIDTest, TextRoundTrip) {
+TEST(HNKEIDTest, TextFormReadsBackAndBadTextLeavesTheValue) {
     const HNKEID eid(HNKGUID(-5, 77));
     HNKEID back;
     ASSERT_TRUE(back.fromString(eid.toString()));

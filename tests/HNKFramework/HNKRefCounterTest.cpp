@@ -17,7 +17,7 @@ private:
     int* destroyed_;
 };
 
-TEST(HNKRefCounterTest, StartsUnreferenced) {
+TEST(HNKRefCounterTest, StartsAtZeroAndDeletesAtLastRelease) {
     int destroyed = 0;
     Counted* c = new Counted(&destroyed);
     EXPECT_EQ(c->refCount(), 0);

@@ -85,7 +85,7 @@ TEST(HnrctlValidateTest, UnreadableFileExitsTwoAndTheOthersAreStillChecked)
     EXPECT_EQ(kNoEmulationTypeViolation + kNoEmulationType + ": invalid\n", run.out);
 }
 
-TEST(HnrctlValidateTest, Json)
+TEST(HnrctlValidateTest, JsonListsEachFileWithStatusAndViolations)
 {
     HnrctlRun run =
         runBinary({"message", "validate", "--json", kNoEmulationType, kData + "vt_infoType.xml", kData + "nope.xml"});
@@ -109,7 +109,7 @@ TEST(HnrctlValidateTest, Json)
     EXPECT_TRUE(nlohmann::json::parse(run.out)["valid"].get<bool>());
 }
 
-TEST(HnrctlValidateTest, StandardInput)
+TEST(HnrctlValidateTest, DashValidatesStandardInputAndNamesIt)
 {
     HnrctlRun run = runBinary({"message", "validate", "-"}, {}, kData + "guest_os_memory.xml");
     EXPECT_EQ(0, run.status);

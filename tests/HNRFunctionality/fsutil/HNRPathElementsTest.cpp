@@ -28,7 +28,7 @@ TEST(HNRPathElementsTest, SplitsShareIntoServerRootShareAndInside)
     EXPECT_EQ(4u, getSize(p));
 }
 
-TEST(HNRPathElementsTest, CountsElements)
+TEST(HNRPathElementsTest, CountsRootNameRootAndEachElement)
 {
     EXPECT_EQ(0u, getSize(fs::path()));
     EXPECT_EQ(1u, getSize(fs::path("//srv")));

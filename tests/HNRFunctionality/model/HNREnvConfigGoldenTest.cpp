@@ -128,7 +128,7 @@ TEST(HNREnvConfigGoldenTest, FullConfigurationWithEveryDeviceType)
     EXPECT_EQ(std::string::npos, text.find("xmlns:hnr=", binding + 1));
 }
 
-TEST(HNREnvConfigGoldenTest, MinimalConfiguration)
+TEST(HNREnvConfigGoldenTest, MinimalConfigurationRoundTripsWithOneDeviceAndNoSettings)
 {
     checkRoundTrip("vmconfig_minimal.xml", false);
     boost::shared_ptr<HNREnvConfig> c = readConfig(readFile("vmconfig_minimal.xml"));

@@ -80,7 +80,7 @@ TEST(HNRShareListingTest, NamesLongerThanTheNameColumn)
     EXPECT_EQ(e.size, 42u);
 }
 
-TEST(HNRShareListingTest, SeveralAttributes)
+TEST(HNRShareListingTest, HiddenFolderWithSeveralAttributesKeepsItsNameAndIsAFolder)
 {
     HNRListingEntry e = parsed("  .hidden dir                        DH        0  Fri Nov 20 23:42:00 2026");
     EXPECT_EQ(e.name, ".hidden dir");
