@@ -5,38 +5,24 @@
 // nodes the writes make.
 #include "model/HNREnvConfig.h"
 
+#include "HNRFunctionality/model/ConfigTestSupport.h"
+
 #include "HNKErrorMessage.h"
 #include "HNKSerialization.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 using namespace HNR;
+using namespace HNRTest;
 
 namespace {
-
-std::string sample()
-{
-    std::ifstream in(std::string(HNR_TEST_DATA_DIR) + "/vmconfig_full.xml", std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
-
-std::string written(const HNREnvConfig& c)
-{
-    HNKMessageIterator out("configuration");
-    boost::shared_ptr<HNKEnvConfig> p(new HNREnvConfig(c));
-    if (out.putObject(p, HNKWriterDerived<HNKEnvConfig>()) != 0)
-        return "write failed";
-    return out.toXML();
-}
 
 HNKOptionalProperty<HNRVMDeviceList> devicesOfSample()
 {
     HNKMessageIterator message;
-    EXPECT_EQ(0, message.fromXML(sample())) << getErrorMessage();
+    EXPECT_EQ(0, message.fromXML(fullSample())) << getErrorMessage();
     boost::shared_ptr<HNKEnvConfig> base;
     EXPECT_EQ(0, HNKReaderDerived<HNKEnvConfig>(false)(message, base));
     HNKOptionalProperty<HNRVMDeviceList> devices;

@@ -2,6 +2,8 @@
 // back, reads again and compares equal, and its written text is stable.
 #include "model/HNREnvConfig.h"
 
+#include "HNRFunctionality/model/ConfigTestSupport.h"
+
 #include "frame/HNRConstants.h"
 
 #include "HNKErrorMessage.h"
@@ -10,23 +12,12 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <typeinfo>
 
 using namespace HNR;
 
 namespace {
-
-std::string readFile(const std::string& name)
-{
-    std::ifstream in(std::string(HNR_TEST_DATA_DIR) + "/" + name);
-    EXPECT_TRUE(in.good()) << name;
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
 
 // Reads the configuration at the root of `text` through the framework's
 // configuration registry; null on failure.
@@ -59,7 +50,7 @@ HNKOptionalProperty<HNRVMDeviceList> devicesOf(const HNREnvConfig& c, int expect
 void checkRoundTrip(const std::string& file, bool allSettingsPresent, int devicesStatus = 0)
 {
     SCOPED_TRACE(file);
-    boost::shared_ptr<HNREnvConfig> first = readConfig(readFile(file));
+    boost::shared_ptr<HNREnvConfig> first = readConfig(HNRTest::dataFile(file));
     ASSERT_TRUE(first);
     std::string written = writeConfig(first);
     EXPECT_EQ("", xmllintProblems(written)) << written;
@@ -76,7 +67,7 @@ void checkRoundTrip(const std::string& file, bool allSettingsPresent, int device
 TEST(HNREnvConfigGoldenTest, FullConfigurationWithEveryDeviceType)
 {
     checkRoundTrip("vmconfig_full.xml", true);
-    boost::shared_ptr<HNREnvConfig> c = readConfig(readFile("vmconfig_full.xml"));
+    boost::shared_ptr<HNREnvConfig> c = readConfig(HNRTest::dataFile("vmconfig_full.xml"));
     ASSERT_TRUE(c);
     HNKOptionalProperty<HNRVMDeviceList> devices = devicesOf(*c);
     ASSERT_TRUE(devices.isSpecified());
@@ -131,7 +122,7 @@ TEST(HNREnvConfigGoldenTest, FullConfigurationWithEveryDeviceType)
 TEST(HNREnvConfigGoldenTest, MinimalConfigurationRoundTripsWithOneDeviceAndNoSettings)
 {
     checkRoundTrip("vmconfig_minimal.xml", false);
-    boost::shared_ptr<HNREnvConfig> c = readConfig(readFile("vmconfig_minimal.xml"));
+    boost::shared_ptr<HNREnvConfig> c = readConfig(HNRTest::dataFile("vmconfig_minimal.xml"));
     ASSERT_TRUE(c);
     ASSERT_EQ(1u, devicesOf(*c).get().size());
     int cpus = 0;
@@ -141,7 +132,7 @@ TEST(HNREnvConfigGoldenTest, MinimalConfigurationRoundTripsWithOneDeviceAndNoSet
 TEST(HNREnvConfigGoldenTest, UnknownDeviceTypeReadsAsTheBaseDevice)
 {
     checkRoundTrip("vmconfig_unknown_device.xml", false);
-    boost::shared_ptr<HNREnvConfig> c = readConfig(readFile("vmconfig_unknown_device.xml"));
+    boost::shared_ptr<HNREnvConfig> c = readConfig(HNRTest::dataFile("vmconfig_unknown_device.xml"));
     ASSERT_TRUE(c);
     HNKOptionalProperty<HNRVMDeviceList> devices = devicesOf(*c);
     ASSERT_EQ(2u, devices.get().size());
@@ -161,7 +152,7 @@ TEST(HNREnvConfigGoldenTest, UnknownDeviceTypeReadsAsTheBaseDevice)
 TEST(HNREnvConfigGoldenTest, DeviceWithoutEmulationTypeStopsTheListAndKeepsTheEarlierOnes)
 {
     checkRoundTrip("vmconfig_device_without_emulation_type.xml", false, -1);
-    boost::shared_ptr<HNREnvConfig> c = readConfig(readFile("vmconfig_device_without_emulation_type.xml"));
+    boost::shared_ptr<HNREnvConfig> c = readConfig(HNRTest::dataFile("vmconfig_device_without_emulation_type.xml"));
     ASSERT_TRUE(c);
     HNKOptionalProperty<HNRVMDeviceList> devices = devicesOf(*c, -1);
     EXPECT_TRUE(devices.isSpecified());

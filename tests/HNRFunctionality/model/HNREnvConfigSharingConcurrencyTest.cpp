@@ -5,51 +5,29 @@
 // ThreadSanitizer in scripts/test).
 #include "model/HNREnvConfig.h"
 
+#include "HNRFunctionality/model/ConfigTestSupport.h"
+
 #include "HNKErrorMessage.h"
 #include "HNKSerialization.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
 
 using namespace HNR;
+using namespace HNRTest;
 
 namespace {
-
-std::string sample()
-{
-    std::ifstream in(std::string(HNR_TEST_DATA_DIR) + "/vmconfig_full.xml", std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
-
-boost::shared_ptr<HNREnvConfig> readConfig(const HNKMessageIterator& it)
-{
-    boost::shared_ptr<HNKEnvConfig> base;
-    if (HNKReaderDerived<HNKEnvConfig>(false)(it, base) != 0)
-        return boost::shared_ptr<HNREnvConfig>();
-    return boost::dynamic_pointer_cast<HNREnvConfig>(base);
-}
-
-std::string written(const HNREnvConfig& c)
-{
-    HNKMessageIterator out("configuration");
-    boost::shared_ptr<HNKEnvConfig> p(new HNREnvConfig(c));
-    if (out.putObject(p, HNKWriterDerived<HNKEnvConfig>()) != 0)
-        return "write failed";
-    return out.toXML();
-}
 
 TEST(HNREnvConfigSharingConcurrencyTest, RecordsSharingOneTreeStayValuesAcrossThreads)
 {
     const int kThreads = 4;
     const int kRounds = 20;
     HNKMessageIterator message;
-    ASSERT_EQ(0, message.fromXML(sample())) << getErrorMessage();
+    ASSERT_EQ(0, message.fromXML(fullSample())) << getErrorMessage();
     boost::shared_ptr<HNREnvConfig> first = readConfig(message);
     ASSERT_TRUE(first);
     const std::string expected = written(*first);

@@ -4,38 +4,25 @@
 // the other.
 #include "model/HNREnvConfig.h"
 
+#include "HNRFunctionality/model/ConfigTestSupport.h"
+
 #include "HNKErrorMessage.h"
 #include "HNKSerialization.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 using namespace HNR;
+using namespace HNRTest;
 
 namespace {
-
-std::string sample()
-{
-    std::ifstream in(std::string(HNR_TEST_DATA_DIR) + "/vmconfig_full.xml", std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
 
 HNKMessageIterator parsed()
 {
     HNKMessageIterator it;
-    EXPECT_EQ(0, it.fromXML(sample())) << getErrorMessage();
+    EXPECT_EQ(0, it.fromXML(fullSample())) << getErrorMessage();
     return it;
-}
-
-boost::shared_ptr<HNREnvConfig> readConfig(const HNKMessageIterator& it)
-{
-    boost::shared_ptr<HNKEnvConfig> base;
-    if (HNKReaderDerived<HNKEnvConfig>(false)(it, base) != 0)
-        return boost::shared_ptr<HNREnvConfig>();
-    return boost::dynamic_pointer_cast<HNREnvConfig>(base);
 }
 
 std::string writeConfig(const boost::shared_ptr<HNREnvConfig>& c, HNKMessageIterator& out)
