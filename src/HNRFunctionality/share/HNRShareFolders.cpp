@@ -34,6 +34,25 @@ bool folderOperand(const char* function, const char* action, const std::string& 
     return HNRShareScript::carries(function, action, relative);
 }
 
+// A createDir or removeDir: `body(loc, relative)` runs once the folder is
+// located and checked, and an exception of a dependency becomes
+// "<action> '<dir>' on share: <what>".
+template <class Body>
+bool folderOperation(const char* function, const char* action, const std::string& dir, const HNRShareParams& params,
+                     Body body)
+{
+    try {
+        HNRShareLocation loc;
+        std::string relative;
+        if (!folderOperand(function, action, dir, params, loc, relative))
+            return false;
+        return body(loc, relative);
+    } catch (const std::exception& e) {
+        reportError(function, std::string(action) + " '" + dir + "' on share: " + e.what());
+        return false;
+    }
+}
+
 } // namespace
 
 bool HNRShareConnection::check(const HNRShareParams& params)
@@ -142,11 +161,8 @@ bool HNRShareConnection::size(const std::vector<std::string>& files, const HNRSh
 bool HNRShareConnection::createDir(const std::string& dir, const HNRShareParams& params)
 {
     static const char kFunction[] = "createDir";
-    try {
-        HNRShareLocation loc;
-        std::string relative;
-        if (!folderOperand(kFunction, "Can't create directory", dir, params, loc, relative))
-            return false;
+    return folderOperation(kFunction, "Can't create directory", dir, params,
+                           [&](HNRShareLocation& loc, const std::string& relative) {
         std::string output;
         if (loc.run("prompt off" + HNRShareScript::mkdir(relative), output, nullptr))
             return true;
@@ -156,20 +172,14 @@ bool HNRShareConnection::createDir(const std::string& dir, const HNRShareParams&
             return false;
         }
         return failWithCurrentMessage(kFunction);
-    } catch (const std::exception& e) {
-        reportError(kFunction, "Can't create directory '" + dir + "' on share: " + e.what());
-        return false;
-    }
+    });
 }
 
 bool HNRShareConnection::removeDir(const std::string& dir, const HNRShareParams& params)
 {
     static const char kFunction[] = "removeDir";
-    try {
-        HNRShareLocation loc;
-        std::string relative;
-        if (!folderOperand(kFunction, "Can't remove directory", dir, params, loc, relative))
-            return false;
+    return folderOperation(kFunction, "Can't remove directory", dir, params,
+                           [&](HNRShareLocation& loc, const std::string& relative) {
         std::string output;
         if (!loc.run("prompt off; recurse" + HNRShareScript::list(relative), output, nullptr)) {
             // smbclient names a missing folder NO_SUCH_FILE, a missing parent PATH_NOT_FOUND.
@@ -210,10 +220,7 @@ bool HNRShareConnection::removeDir(const std::string& dir, const HNRShareParams&
         if (!loc.run(script, output, nullptr))
             return failWithCurrentMessage(kFunction);
         return true;
-    } catch (const std::exception& e) {
-        reportError(kFunction, "Can't remove directory '" + dir + "' on share: " + e.what());
-        return false;
-    }
+    });
 }
 
 } // namespace HNR
