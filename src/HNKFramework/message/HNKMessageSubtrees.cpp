@@ -7,7 +7,7 @@
 
 using namespace hnk_message_detail;
 
-namespace  {
+namespace {
 
 bool isPlainBlankText(const char* text)
 {

@@ -11,7 +11,7 @@
 
 using namespace hnk_message_detail;
 
-namespace  {
+namespace {
 
 // ---- Checks of parsed text, in one iterative walk ----
 

@@ -15,7 +15,7 @@
 
 using namespace hnk_message_detail;
 
-namespace  {
+namespace {
 
 // ---- Number conversions ----
 
