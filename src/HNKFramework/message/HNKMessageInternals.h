@@ -90,20 +90,12 @@ struct StringWriter : pugi::xml_writer {
 };
 
 // ---- Namespace bindings seen from an element of a built tree ----
-// (HNKMessageNamespaces.cpp)
+// Defined, and described, in HNKMessageNamespaces.cpp.
 
-// URI bound to `prefix` (length `len`; 0 = default namespace) at element
-// `el`, nearest declaration first; nullptr when unbound. The default
-// namespace reads "" when undeclared.
 const char* lookupPrefix(xml_node el, const char* prefix, size_t len);
-// A prefix bound to `uri` in scope at `el` and not shadowed; nullptr if none.
 const char* findPrefixFor(xml_node el, const char* uri);
-// Declares a fresh prefix for `uri` in scope at `el` (see its definition).
 std::string declarePrefix(xml_node el, const std::string& base, const char* uri);
-// Readable prefix for a namespace URI: its last path segment when that is a
-// plain name ("hnrtypes"), else "ns".
 std::string prefixBaseFor(const char* uri);
-// The xsi:type attribute of `el` (any prefix bound to the XSI URI).
 xml_attribute findXsiType(xml_node el);
 
 // ---- Escapes of text written from a draft (HNKMessageDrafts.cpp) ----
