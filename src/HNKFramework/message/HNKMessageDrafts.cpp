@@ -1,0 +1,69 @@
+// Drafts: new content a writer puts under an empty element, kept as a log of
+// its writes and written straight to text (see Draft in
+// HNKMessageInternals.h). Here: whether the cursor may write into a draft,
+// entering and leaving one, and the escape table the draft's text uses.
+#include "HNKMessageInternals.h"
+
+using namespace hnk_message_detail;
+
+namespace hnk_message_detail {
+
+EscapeTable::EscapeTable()
+{
+    for (int c = 1; c < 128; ++c) {
+        const std::string one(1, static_cast<char>(c));
+        pugi::xml_document doc;
+        xml_node a = doc.append_child("a");
+        a.append_attribute("b").set_value(one.c_str());
+        a.append_child(pugi::node_pcdata).set_value(one.c_str());
+        StringWriter w;
+        doc.save(w, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+        const std::string& t = w.out; // <a b="X">Y</a>
+        size_t from = t.find('"') + 1;
+        size_t to = t.find('"', from);
+        held[c] = t.substr(from, to - from);
+        held[128 + c] = t.substr(to + 2, t.size() - 4 - (to + 2));
+        if (held[c] != one)
+            attribute[c] = held[c].c_str();
+        if (held[128 + c] != one)
+            text[c] = held[128 + c].c_str();
+    }
+}
+
+} // namespace hnk_message_detail
+
+bool HNKMessageIterator::draftable() const
+{
+    Tree& t = *doc_->tree;
+    if (!t.drafts.empty() && t.drafts.count(node_))
+        return true;
+    xml_node el = nodeOf(node_);
+    return !el.first_child() && !*el.value() && el.parent().type() == pugi::node_element &&
+           t.shares.load(std::memory_order_relaxed) == 1;
+}
+
+HNKMessageIterator::Draft* HNKMessageIterator::draftHere()
+{
+    if (draft_)
+        return draft_;
+    if (!draftable())
+        return nullptr;
+    std::unique_ptr<Draft>& d = doc_->tree->drafts[node_];
+    if (!d)
+        d.reset(new Draft);
+    if (d->writer) { // another cursor is inside it
+        doc_->tree->realize(node_);
+        return nullptr;
+    }
+    return d.get();
+}
+
+void HNKMessageIterator::leaveDraft() const
+{
+    if (!draft_)
+        return;
+    draft_->ops.append(draft_->depth - 1, 'C');
+    draft_->depth = 1;
+    draft_->writer = nullptr;
+    draft_ = nullptr;
+}

@@ -1,0 +1,658 @@
+#pragma once
+// Private to the message cursor: what its source files share (small name and
+// text helpers, the namespace binding lookups, the drafts' escape table) and
+// the cursor's own state (Draft, Tree, Document, Caches). Not installed, and
+// everything declared here is hidden inside the library; the helpers a hot
+// path calls (names, lookups, escapes) are inline so that splitting the
+// cursor over several files costs no calls.
+#include "HNKMessageIterator.h"
+
+#include <pugixml.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace hnk_message_detail __attribute__((visibility("hidden"))) {
+
+using pugi::xml_attribute;
+using pugi::xml_node;
+using pugi::xml_node_struct;
+using pugi::xml_text;
+
+inline constexpr char kXsiURI[] = "http://www.w3.org/2001/XMLSchema-instance";
+inline constexpr char kXmlURI[] = "http://www.w3.org/XML/1998/namespace";
+inline constexpr char kXmlnsURI[] = "http://www.w3.org/2000/xmlns/";
+
+inline xml_node nodeOf(xml_node_struct* n) { return xml_node(n); }
+
+inline bool isXmlBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+inline std::string_view trimBlanks(const char* text)
+{
+    std::string_view v(text);
+    while (!v.empty() && isXmlBlank(v.front()))
+        v.remove_prefix(1);
+    while (!v.empty() && isXmlBlank(v.back()))
+        v.remove_suffix(1);
+    return v;
+}
+
+inline const char* localName(const char* name)
+{
+    const char* colon = std::strchr(name, ':');
+    return colon ? colon + 1 : name;
+}
+
+inline bool nameMatches(const char* name, const char* tag) { return std::strcmp(localName(name), tag) == 0; }
+
+// Names the cursor creates: ASCII NCNames (no prefix), so any output is
+// namespace-well-formed.
+inline bool isNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+
+inline bool isNameChar(char c) { return isNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.'; }
+
+inline bool isValidTag(const char* tag)
+{
+    if (!isNameStart(*tag))
+        return false;
+    for (++tag; *tag; ++tag)
+        if (!isNameChar(*tag))
+            return false;
+    return true;
+}
+
+// Splits a QName; false when it is not prefix:local or local.
+inline bool splitQName(std::string_view qname, std::string_view& prefix, std::string_view& local)
+{
+    size_t colon = qname.find(':');
+    if (colon == std::string_view::npos) {
+        prefix = std::string_view();
+        local = qname;
+        return !local.empty();
+    }
+    prefix = qname.substr(0, colon);
+    local = qname.substr(colon + 1);
+    return !prefix.empty() && !local.empty() && local.find(':') == std::string_view::npos;
+}
+
+struct StringWriter : pugi::xml_writer {
+    std::string out;
+    void write(const void* data, size_t size) override { out.append(static_cast<const char*>(data), size); }
+};
+
+// ---- Namespace bindings seen from an element of a built tree ----
+// Defined, and described, in HNKMessageNamespaces.cpp.
+
+const char* lookupPrefix(xml_node el, const char* prefix, size_t len);
+const char* findPrefixFor(xml_node el, const char* uri);
+std::string declarePrefix(xml_node el, const std::string& base, const char* uri);
+std::string prefixBaseFor(const char* uri);
+xml_attribute findXsiType(xml_node el);
+
+// ---- Escapes of text written from a draft (HNKMessageDrafts.cpp) ----
+
+// How pugixml escapes each ASCII character in text and in attribute values
+// (nullptr: written as is), asked of pugixml itself once, so text written
+// from a draft is byte for byte what it writes from nodes.
+struct EscapeTable {
+    const char* text[128] = {};
+    const char* attribute[128] = {};
+    std::string held[256];
+
+    EscapeTable();
+};
+
+inline const EscapeTable& escapes()
+{
+    static const EscapeTable table;
+    return table;
+}
+
+inline void appendEscaped(std::string& out, const char* s, size_t n, const char* const* table)
+{
+    const char* run = s;
+    const char* end = s + n;
+    for (; s < end; ++s) {
+        unsigned char c = static_cast<unsigned char>(*s);
+        if (c < 128 && table[c]) {
+            out.append(run, static_cast<size_t>(s - run));
+            out.append(table[c]);
+            run = s + 1;
+        }
+    }
+    out.append(run, static_cast<size_t>(end - run));
+}
+
+} // namespace hnk_message_detail
+
+// The new content of an element (its host) kept as the log of the writes
+// that made it instead of as nodes: "O" name, "A" name value, "T" text, "C"
+// (open, attribute, text, close; strings NUL-terminated). Writers fill a
+// fresh element with records that nobody reads back, so the content is
+// written once as a log and once as text (toXML, spliced), never as nodes;
+// the first look inside turns it into exactly the nodes the writes would
+// have made (Tree::realize). One cursor at a time may be inside a draft.
+struct HNKMessageIterator::Draft {
+    struct Level {
+        bool startOpen = false; // no content yet: the start tag takes attributes
+        bool stamped = false;
+        uint64_t filter = 0;
+        std::vector<size_t> names; // offsets in `ops` of the child names, each once
+    };
+    std::string ops;
+    std::vector<Level> levels{1}; // [0]: the host; one more per open element
+    size_t depth = 1;
+    HNKMessageIterator* writer = nullptr; // the cursor inside, if any
+
+    Level& top() { return levels[depth - 1]; }
+
+    static uint64_t bitOf(const char* name, size_t length)
+    {
+        uint64_t h = 1469598103934665603ull;
+        for (size_t i = 0; i < length; ++i)
+            h = (h ^ static_cast<unsigned char>(name[i])) * 1099511628211ull;
+        return 1ull << (h >> 58);
+    }
+
+    // Whether the element under the writer has a child with this name.
+    bool hasChild(const char* name, size_t length, uint64_t bit)
+    {
+        Level& l = top();
+        if (!(l.filter & bit))
+            return false;
+        for (size_t at : l.names)
+            if (std::memcmp(ops.data() + at, name, length) == 0 && ops[at + length] == '\0')
+                return true;
+        return false;
+    }
+
+    void open(const char* name, size_t length)
+    {
+        uint64_t bit = bitOf(name, length);
+        bool known = hasChild(name, length, bit);
+        Level& l = top();
+        l.startOpen = false;
+        ops += 'O';
+        if (!known) {
+            l.filter |= bit;
+            l.names.push_back(ops.size());
+        }
+        ops.append(name, length);
+        ops += '\0';
+        if (levels.size() == depth)
+            levels.emplace_back();
+        Level& child = levels[depth++];
+        child.startOpen = true;
+        child.stamped = false;
+        child.filter = 0;
+        child.names.clear();
+    }
+
+    void text(const char* value, size_t size)
+    {
+        top().startOpen = false;
+        ops += 'T';
+        ops.append(value, size);
+        ops += '\0';
+    }
+
+    void attribute(const char* name, const char* value)
+    {
+        ops += 'A';
+        ops += name;
+        ops += '\0';
+        ops += value;
+        ops += '\0';
+    }
+
+    void close()
+    {
+        ops += 'C';
+        --depth;
+    }
+
+    // The content as text, the elements still open closed.
+    void write(std::string& out) const
+    {
+        const hnk_message_detail::EscapeTable& esc = hnk_message_detail::escapes();
+        const size_t need = out.size() + ops.size() + ops.size() / 2; // end tags repeat the names
+        if (out.capacity() < need)
+            out.reserve(std::max(need, 2 * out.capacity()));
+        std::vector<size_t> names;
+        bool startOpen = false;
+        auto closeElement = [&] {
+            if (startOpen) {
+                out += "/>";
+                startOpen = false;
+            } else {
+                out += "</";
+                out += ops.data() + names.back();
+                out += '>';
+            }
+            names.pop_back();
+        };
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            size_t length = op == 'C' ? 0 : std::strlen(base + i);
+            switch (op) {
+            case 'O':
+                if (startOpen)
+                    out += '>';
+                out += '<';
+                out.append(base + i, length);
+                names.push_back(i);
+                startOpen = true;
+                i += length + 1;
+                break;
+            case 'A': {
+                out += ' ';
+                out.append(base + i, length);
+                out += "=\"";
+                i += length + 1;
+                size_t valueLength = std::strlen(base + i);
+                hnk_message_detail::appendEscaped(out, base + i, valueLength, esc.attribute);
+                out += '"';
+                i += valueLength + 1;
+                break;
+            }
+            case 'T':
+                if (startOpen) {
+                    out += '>';
+                    startOpen = false;
+                }
+                hnk_message_detail::appendEscaped(out, base + i, length, esc.text);
+                i += length + 1;
+                break;
+            default: // 'C'
+                closeElement();
+                break;
+            }
+        }
+        while (!names.empty())
+            closeElement();
+    }
+
+    // The nodes the writes would have made, under `host`; returns the
+    // innermost element still open (`host` when none is).
+    pugi::xml_node_struct* realize(pugi::xml_node host) const
+    {
+        pugi::xml_node at = host;
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            switch (op) {
+            case 'O':
+                at = at.append_child(base + i);
+                i += std::strlen(base + i) + 1;
+                break;
+            case 'A': {
+                pugi::xml_attribute a = at.append_attribute(base + i);
+                i += std::strlen(base + i) + 1;
+                a.set_value(base + i);
+                i += std::strlen(base + i) + 1;
+                break;
+            }
+            case 'T': {
+                size_t length = std::strlen(base + i);
+                at.append_child(pugi::node_pcdata).set_value(base + i, length);
+                i += length + 1;
+                break;
+            }
+            default:
+                at = at.parent();
+                break;
+            }
+        }
+        return at.internal_object();
+    }
+
+    // The prefixes the content names (attribute names, xsi:type values).
+    void notePrefixes(const std::function<void(const char*, size_t)>& note) const
+    {
+        const char* base = ops.data();
+        for (size_t i = 0; i < ops.size();) {
+            char op = ops[i++];
+            if (op == 'C')
+                continue;
+            size_t length = std::strlen(base + i);
+            if (op == 'A') {
+                note(base + i, length);
+                i += length + 1;
+                length = std::strlen(base + i);
+                note(base + i, length);
+            }
+            i += length + 1;
+        }
+    }
+};
+
+// The element tree, with what is known of all its names. Several documents
+// may share one tree (shareSubtree): it is then read-only for all of them,
+// and a document about to change it first takes a copy of its own
+// (Document::own). `shares` counts the documents on the tree; it is the only
+// state touched by more than one thread, so it is atomic: a release by one
+// document happens before the remaining one changes the tree in place or
+// deletes it.
+struct HNKMessageIterator::Tree {
+    pugi::xml_document xml;
+    // False while no element name can carry a prefix (the cursor creates
+    // none; parsed or copied-in names may): then a child is found by its
+    // exact name with pugixml's own walk instead of comparing local names.
+    bool prefixedNames = false;
+    std::atomic<long> shares{1};
+    // Elements appended by appendLinked whose content still lives in another
+    // tree, which this one holds a share of (so that tree stays unchanged).
+    // Only an unshared tree has links: they are settled (copied in) before
+    // anyone looks inside them, changes this tree or shares it.
+    struct Link {
+        pugi::xml_node_struct* placeholder;
+        Tree* source;
+        pugi::xml_node_struct* from;
+    };
+    std::vector<Link> links;
+    // Elements whose content is a draft. Only an unshared tree has drafts:
+    // they are realized before it is shared or linked from.
+    std::unordered_map<pugi::xml_node_struct*, std::unique_ptr<Draft>> drafts;
+    // What the cursors' caches (Caches) check before use: `serial` is this
+    // tree's alone; `childGen` changes whenever any element gains or loses
+    // element children, `scopeGen` whenever a namespace declaration is added
+    // or elements go (their memory may come back as other elements). Only
+    // changed by the one document owning the tree, like the tree itself.
+    const unsigned long long serial = nextSerial();
+    unsigned long childGen = 0;
+    unsigned long scopeGen = 0;
+
+    static unsigned long long nextSerial()
+    {
+        static std::atomic<unsigned long long> last{0};
+        return last.fetch_add(1, std::memory_order_relaxed) + 1;
+    }
+    void restructured()
+    {
+        ++childGen;
+        ++scopeGen;
+    }
+
+    Tree() = default;
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+    ~Tree()
+    {
+        for (const Link& l : links)
+            release(l.source);
+    }
+
+    static void release(Tree* t)
+    {
+        if (t && t->shares.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            delete t;
+    }
+
+    // Turns the draft of `host` into nodes; a cursor inside it moves onto
+    // the element it was on.
+    void realize(pugi::xml_node_struct* host)
+    {
+        auto found = drafts.find(host);
+        if (found == drafts.end())
+            return;
+        std::unique_ptr<Draft> d = std::move(found->second);
+        drafts.erase(found);
+        restructured();
+        pugi::xml_node_struct* open = d->realize(pugi::xml_node(host));
+        if (d->writer) {
+            d->writer->node_ = open;
+            d->writer->draft_ = nullptr;
+        }
+    }
+
+    void realizeAll()
+    {
+        while (!drafts.empty())
+            realize(drafts.begin()->first);
+    }
+
+    // Forgets the drafts of elements about to be removed with `top`.
+    void forgetDrafts(pugi::xml_node top)
+    {
+        for (auto it = drafts.begin(); it != drafts.end();) {
+            bool inside = false;
+            for (pugi::xml_node n(it->first); n && !inside; n = n.parent())
+                inside = n == top;
+            if (inside) {
+                if (it->second->writer)
+                    it->second->writer->draft_ = nullptr;
+                it = drafts.erase(it);
+            } else {
+                ++it;
+            }
+        }
+    }
+
+    // Gives `to`, a copy of `from` (in tree `src`), the drafts of the
+    // elements in `from`'s subtree, as they stand.
+    static void carryDrafts(const Tree& src, pugi::xml_node from, Tree& dst, pugi::xml_node to)
+    {
+        if (src.drafts.empty())
+            return;
+        std::vector<std::pair<pugi::xml_node_struct*, const Draft*>> inside;
+        for (const auto& d : src.drafts)
+            for (pugi::xml_node n(d.first); n; n = n.parent())
+                if (n == from) {
+                    inside.emplace_back(d.first, d.second.get());
+                    break;
+                }
+        for (const auto& d : inside) {
+            std::vector<size_t> path;
+            for (pugi::xml_node at(d.first); at != from; at = at.parent()) {
+                size_t index = 0;
+                for (pugi::xml_node s = at.previous_sibling(); s; s = s.previous_sibling())
+                    ++index;
+                path.push_back(index);
+            }
+            pugi::xml_node at = to;
+            for (auto i = path.rbegin(); i != path.rend(); ++i) {
+                at = at.first_child();
+                for (size_t k = 0; k < *i; ++k)
+                    at = at.next_sibling();
+            }
+            std::unique_ptr<Draft> copy(new Draft);
+            copy->ops = d.second->ops;
+            copy->ops.append(d.second->depth - 1, 'C');
+            copy->levels[0] = d.second->levels[0];
+            dst.drafts[at.internal_object()] = std::move(copy);
+        }
+        ++dst.childGen;
+    }
+
+    // Copies the content of every link in.
+    void settle()
+    {
+        std::vector<Link> pending;
+        pending.swap(links);
+        restructured();
+        for (const Link& l : pending) {
+            pugi::xml_node to(l.placeholder), from(l.from);
+            if (*from.value()) // leading text a parsed element keeps in itself
+                to.append_child(pugi::node_pcdata).set_value(from.value());
+            for (pugi::xml_node c = from.first_child(); c; c = c.next_sibling())
+                to.append_copy(c);
+            release(l.source);
+        }
+    }
+};
+
+// What the copies of a cursor share: a tree and the list of those cursors,
+// so that taking an own copy of a shared tree moves every one of them onto
+// the copy. Used by one thread at a time, like its cursors.
+struct HNKMessageIterator::Document {
+    Tree* tree;
+    HNKMessageIterator* cursors = nullptr;
+
+    Document() : tree(new Tree) {}
+    explicit Document(Tree* shared) : tree(shared) { tree->shares.fetch_add(1, std::memory_order_relaxed); }
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+    ~Document() { Tree::release(tree); }
+
+    // Before any change of the tree: while another document shares it, copy
+    // it and move this document's cursors onto the copy.
+    void own()
+    {
+        if (tree->shares.load(std::memory_order_acquire) == 1)
+            return;
+        Tree* mine = new Tree;
+        mine->prefixedNames = tree->prefixedNames;
+        for (pugi::xml_node c = tree->xml.first_child(); c; c = c.next_sibling())
+            mine->xml.append_copy(c);
+        for (HNKMessageIterator* c = cursors; c; c = c->nextInDoc_)
+            if (c->node_)
+                c->node_ = counterpart(c->node_, mine->xml);
+        Tree::release(tree);
+        tree = mine;
+    }
+
+    // The node at the same place in `copy` as `n` in its own tree.
+    static pugi::xml_node_struct* counterpart(pugi::xml_node_struct* n, pugi::xml_node copy)
+    {
+        std::vector<size_t> path;
+        for (pugi::xml_node at(n); at.parent(); at = at.parent()) {
+            size_t index = 0;
+            for (pugi::xml_node s = at.previous_sibling(); s; s = s.previous_sibling())
+                ++index;
+            path.push_back(index);
+        }
+        pugi::xml_node at = copy;
+        for (auto i = path.rbegin(); i != path.rend(); ++i) {
+            at = at.first_child();
+            for (size_t k = 0; k < *i; ++k)
+                at = at.next_sibling();
+        }
+        return at.internal_object();
+    }
+};
+
+// Per cursor: the element children of one element by local name, and the
+// namespace scope of one element (prefixes resolved there, the last type
+// stamp given to a child). Records gets and puts ask an element for a dozen
+// children by name and stamp list items alike, so without these each lookup
+// is a scan of the children and each stamp a walk over the ancestors.
+struct HNKMessageIterator::Caches {
+    // Beyond this many children the index is not built: a scan finds the
+    // first of a list of many items at once, and nobody asks a list for
+    // several names.
+    static const size_t kMaxIndexed = 256;
+
+    struct Entry {
+        uint64_t head; // the first (up to) 8 bytes of the name
+        size_t length;
+        const char* name;
+        pugi::xml_node_struct* node;
+    };
+
+    unsigned long long indexSerial = 0;
+    pugi::xml_node_struct* indexParent = nullptr;
+    unsigned long indexGen = 0;
+    bool indexed = false; // false: too many children, scanned instead
+    std::vector<Entry> entries; // the first child of each local name
+    uint64_t bloom[2] = {0, 0};
+    size_t hint = 0; // lookups mostly follow document order
+
+    unsigned long long scopeSerial = 0;
+    pugi::xml_node_struct* scopeElement = nullptr;
+    unsigned long scopeGen = 0;
+    std::vector<std::pair<std::string, const char*>> prefixes; // prefix -> URI (nullptr: unbound)
+    std::string stampUri, stampPrefix, stampAttribute;       // no stamp while stampAttribute is ""
+    std::string scratch;
+
+    // appendCopy: the bindings a child of copySourceParent needs declared
+    // when copied under copyTarget, and the default namespaces there.
+    unsigned long long copySourceSerial = 0, copyTargetSerial = 0;
+    unsigned long copySourceGen = 0, copyTargetGen = 0;
+    pugi::xml_node_struct* copySourceParent = nullptr;
+    pugi::xml_node_struct* copyTarget = nullptr;
+    std::vector<std::pair<const char*, const char*>> copyMissing;
+    const char* copyTargetDefault = nullptr;
+    const char* copyParentDefault = nullptr;
+
+    // With the length, the whole of a name up to 8 bytes: fixed-size loads
+    // (two overlapping ones from 4 to 7 bytes).
+    static uint64_t headOf(const char* name, size_t length)
+    {
+        uint64_t h = 0;
+        if (length >= 8) {
+            std::memcpy(&h, name, 8);
+        } else if (length >= 4) {
+            uint32_t first, last;
+            std::memcpy(&first, name, 4);
+            std::memcpy(&last, name + length - 4, 4);
+            h = first | static_cast<uint64_t>(last) << 32;
+        } else {
+            for (size_t i = 0; i < length; ++i)
+                h |= static_cast<uint64_t>(static_cast<unsigned char>(name[i])) << (8 * i);
+        }
+        return h;
+    }
+
+    // One bit per name in 128: most misses (a writer asking for a child it
+    // is about to append) end here.
+    static unsigned bitOf(uint64_t head, size_t length)
+    {
+        uint64_t x = (head ^ (length * 0x9E3779B97F4A7C15ull)) * 0xFF51AFD7ED558CCDull;
+        return static_cast<unsigned>(x >> 57);
+    }
+
+    void clear()
+    {
+        entries.clear();
+        bloom[0] = bloom[1] = 0;
+        hint = 0;
+    }
+
+    pugi::xml_node_struct* find(const char* tag, size_t length)
+    {
+        const uint64_t h = headOf(tag, length);
+        const unsigned bit = bitOf(h, length);
+        if (!(bloom[bit >> 6] & (1ull << (bit & 63))))
+            return nullptr;
+        const size_t n = entries.size();
+        for (size_t k = 0, i = hint; k < n; ++k, ++i) {
+            if (i >= n)
+                i = 0;
+            const Entry& e = entries[i];
+            if (e.head == h && e.length == length &&
+                (length <= 8 || std::memcmp(e.name + 8, tag + 8, length - 8) == 0)) {
+                hint = i + 1;
+                return e.node;
+            }
+        }
+        return nullptr;
+    }
+
+    // False when the index grew too large (then it is dropped).
+    bool add(const char* name, pugi::xml_node_struct* node)
+    {
+        size_t length = std::strlen(name);
+        if (find(name, length))
+            return true; // the first child of a name stays the one found
+        if (entries.size() >= kMaxIndexed) {
+            indexed = false;
+            clear();
+            return false;
+        }
+        const uint64_t h = headOf(name, length);
+        const unsigned bit = bitOf(h, length);
+        bloom[bit >> 6] |= 1ull << (bit & 63);
+        entries.push_back(Entry{h, length, name, node});
+        return true;
+    }
+};
