@@ -283,16 +283,7 @@ int HNKMessageIterator::createChild(int id)
         setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
         return -1;
     }
-    if (Draft* d = draftHere()) {
-        d->open(name, std::strlen(name));
-        d->writer = this;
-        draft_ = d;
-        return 0;
-    }
-    xml_node_struct* parent = node_;
-    node_ = nodeOf(node_).append_child(name).internal_object();
-    noteCreated(parent, node_);
-    return 0;
+    return appendElement(name);
 }
 
 int HNKMessageIterator::createChild(const char* tag)
@@ -304,14 +295,19 @@ int HNKMessageIterator::createChild(const char* tag)
         setErrorMessage("HNKMessageIterator: invalid element name '%s'", tag);
         return -1;
     }
+    return appendElement(tag);
+}
+
+int HNKMessageIterator::appendElement(const char* name)
+{
     if (Draft* d = draftHere()) {
-        d->open(tag, std::strlen(tag));
+        d->open(name, std::strlen(name));
         d->writer = this;
         draft_ = d;
         return 0;
     }
     xml_node_struct* parent = node_;
-    node_ = nodeOf(node_).append_child(tag).internal_object();
+    node_ = nodeOf(node_).append_child(name).internal_object();
     noteCreated(parent, node_);
     return 0;
 }
@@ -424,14 +420,7 @@ int HNKMessageIterator::removeChild(int id)
     if (!node_)
         return -1;
     changing(true);
-    xml_node_struct* c = findChild(id);
-    if (!c)
-        return -1;
-    doc_->tree->restructured();
-    if (!doc_->tree->drafts.empty())
-        doc_->tree->forgetDrafts(nodeOf(c));
-    nodeOf(node_).remove_child(nodeOf(c));
-    return 0;
+    return removeElement(findChild(id));
 }
 
 int HNKMessageIterator::removeChild(const char* tag)
@@ -439,7 +428,11 @@ int HNKMessageIterator::removeChild(const char* tag)
     if (!node_)
         return -1;
     changing(true);
-    xml_node_struct* c = findChild(tag);
+    return removeElement(findChild(tag));
+}
+
+int HNKMessageIterator::removeElement(xml_node_struct* c)
+{
     if (!c)
         return -1;
     doc_->tree->restructured();

@@ -280,6 +280,12 @@ private:
     pugi::xml_node_struct* indexedChild(const char* tag) const;
     // After this cursor appended element `child` under `parent`.
     void noteCreated(pugi::xml_node_struct* parent, pugi::xml_node_struct* child);
+    // createChild's common end: appends element `name` (checked, the tree
+    // already this document's own) to the draft or the nodes and moves there.
+    __attribute__((visibility("hidden"))) int appendElement(const char* name);
+    // removeChild's common end: removes child element `c` (nullptr: -1) of
+    // the element under the cursor, the tree already this document's own.
+    __attribute__((visibility("hidden"))) int removeElement(pugi::xml_node_struct* c);
     // This cursor's caches, made valid for the scope of element `scope`.
     Caches& scopeCache(pugi::xml_node_struct* scope) const;
     // URI bound to a prefix at element `el` ("" for an undeclared default

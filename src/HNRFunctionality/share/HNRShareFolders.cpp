@@ -34,6 +34,20 @@ bool folderOperand(const char* function, const char* action, const std::string& 
     return HNRShareScript::carries(function, action, relative);
 }
 
+// check and checkFile: the listing `script` runs at `loc` and the server
+// does not refuse it.
+bool listsWithoutRefusal(const char* function, const HNRShareLocation& loc, const std::string& script)
+{
+    std::string output;
+    if (!loc.run(script, output, nullptr))
+        return failWithCurrentMessage(function);
+    if (output.find("NT_STATUS_ACCESS_DENIED") != std::string::npos) {
+        reportError(function, "Access is denied");
+        return false;
+    }
+    return true;
+}
+
 // A createDir or removeDir: `body(loc, relative)` runs once the folder is
 // located and checked, and an exception of a dependency becomes
 // "<action> '<dir>' on share: <what>".
@@ -62,14 +76,7 @@ bool HNRShareConnection::check(const HNRShareParams& params)
         HNRShareLocation loc;
         if (!loc.parse(kFunction, params))
             return false;
-        std::string output;
-        if (!loc.run("prompt off; ls *.", output, nullptr))
-            return failWithCurrentMessage(kFunction);
-        if (output.find("NT_STATUS_ACCESS_DENIED") != std::string::npos) {
-            reportError(kFunction, "Access is denied");
-            return false;
-        }
-        return true;
+        return listsWithoutRefusal(kFunction, loc, "prompt off; ls *.");
     } catch (const std::exception& e) {
         reportError(kFunction, std::string("Can't check connection on share: ") + e.what());
         return false;
@@ -91,14 +98,7 @@ bool HNRShareConnection::checkFile(const HNRShareParams& params)
         HNRShareLocation folder;
         if (!folder.parse(kFunction, HNRShareParams(dir, params.login, params.password)))
             return false;
-        std::string output;
-        if (!folder.run("prompt off; ls " + HNRShareScript::remoteQuote(name), output, nullptr))
-            return failWithCurrentMessage(kFunction);
-        if (output.find("NT_STATUS_ACCESS_DENIED") != std::string::npos) {
-            reportError(kFunction, "Access is denied");
-            return false;
-        }
-        return true;
+        return listsWithoutRefusal(kFunction, folder, "prompt off; ls " + HNRShareScript::remoteQuote(name));
     } catch (const std::exception& e) {
         reportError(kFunction, std::string("Can't check connection on share: ") + e.what());
         return false;
