@@ -2,19 +2,13 @@
 // same reads, and neither side ever sees a later change of the other.
 #include "HNKErrorMessage.h"
 #include "HNKMessageIterator.h"
+#include "tools/MessageTestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
 namespace {
-
-HNKMessageIterator parsed(const std::string& text)
-{
-    HNKMessageIterator it;
-    EXPECT_EQ(0, it.fromXML(text)) << getErrorMessage();
-    return it;
-}
 
 // The first child element of the root of `text`, appended to a fresh
 // document with `appendCopy` or `appendLinked`.

@@ -4,6 +4,7 @@
 #include "HNKElementDictionary.h"
 #include "HNKErrorMessage.h"
 #include "HNKFramework/XmlLintCheck.h"
+#include "tools/MessageTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -16,13 +17,6 @@ namespace {
 
 const char kNs[] = "http://www.tessaline.org/webservices/hnr/4.0.0/hnrtypes";
 const char kXsi[] = "http://www.w3.org/2001/XMLSchema-instance";
-
-HNKMessageIterator parsed(const std::string& text)
-{
-    HNKMessageIterator it;
-    EXPECT_EQ(0, it.fromXML(text)) << getErrorMessage();
-    return it;
-}
 
 TEST(HNKMessageIteratorTest, XmllintIsAvailableAndRejectsBrokenText)
 {

@@ -1,6 +1,7 @@
 #include "frame/HNROptionalProperty.h"
 
 #include "HNKErrorMessage.h"
+#include "tools/MessageTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +9,6 @@
 #include <string>
 
 namespace {
-
-HNKMessageIterator parsed(const std::string& text)
-{
-    HNKMessageIterator it;
-    EXPECT_EQ(0, it.fromXML(text)) << getErrorMessage();
-    return it;
-}
 
 TEST(HNROptionalPropertyTest, ReadMarksSpecifiedExactlyWhenTheGetSucceeds)
 {
