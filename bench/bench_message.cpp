@@ -2,6 +2,8 @@
 // parsing and serializing the same text.
 //
 //   bench_message [--turns T] [N...]      (default 11 1000 10000 100000)
+//   bench_message --repeat R N            R round trips of N devices, nothing
+//                                         else: a steady load for a profiler
 //
 // Method: process CPU time (the machine is shared; time spent descheduled is
 // not the code's). Each turn times one batch of pugixml round trips and one
@@ -44,15 +46,25 @@ int defaultTurns(size_t devices) { return devices <= 1000 ? 15 : devices <= 1000
 int main(int argc, char** argv)
 {
     int turns = 0;
+    int repeat = 0;
     std::vector<size_t> counts;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--turns") == 0 && i + 1 < argc)
             turns = std::atoi(argv[++i]);
+        else if (std::strcmp(argv[i], "--repeat") == 0 && i + 1 < argc)
+            repeat = std::atoi(argv[++i]);
         else
             counts.push_back(std::strtoul(argv[i], nullptr, 10));
     }
     if (counts.empty())
         counts = {11, 1000, 10000, 100000};
+    if (repeat > 0) {
+        for (size_t n : counts) {
+            const std::string text = HNRBench::configurationWithDevices(n);
+            batchSeconds([&text] { return HNRBench::roundTrip(text); }, repeat);
+        }
+        return 0;
+    }
     std::printf("%8s %11s %6s %12s %12s %10s %10s\n", "devices", "text_bytes", "turns", "pugixml_ms", "message_ms",
                 "us/device", "x_pugixml");
     for (size_t n : counts) {

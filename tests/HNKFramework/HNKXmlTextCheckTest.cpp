@@ -460,3 +460,86 @@ TEST(HNKXmlTextCheckTest, MismatchedEndTagIsNamedWhereItStands)
     EXPECT_NE(std::string::npos, getErrorMessage().find("unclosed element")) << getErrorMessage();
     EXPECT_EQ(std::string::npos, getErrorMessage().find("mismatch")) << getErrorMessage();
 }
+
+namespace {
+
+HNKXmlTextCheck::Namespaces namespacesOf(const std::string& text)
+{
+    HNKXmlTextCheck::Error error;
+    HNKXmlTextCheck::Namespaces ns;
+    EXPECT_TRUE(HNKXmlTextCheck::check(text.data(), text.size(), error, &ns)) << text << ": " << error.what;
+    return ns;
+}
+
+} // namespace
+
+TEST(HNKXmlTextCheckTest, PlainNamespacesAreSettledOnTheWay)
+{
+    const std::string xsi = "http://www.w3.org/2001/XMLSchema-instance";
+    HNKXmlTextCheck::Namespaces ns = namespacesOf("<c xmlns:h='urn:h' xmlns:xsi='" + xsi +
+                                                  "' xsi:type='h:t'><d xsi:type=' h:u '><e/></d><h:f/></c>");
+    EXPECT_TRUE(ns.settled);
+    EXPECT_TRUE(ns.prefixedElements);
+    EXPECT_EQ(3u, ns.depth);
+    ns = namespacesOf("<r xmlns='urn:a'><e xmlns=''><f/></e></r>");
+    EXPECT_TRUE(ns.settled);
+    EXPECT_FALSE(ns.prefixedElements);
+    EXPECT_EQ(3u, ns.depth);
+    // Every sample message is settled without the walk over its tree.
+    const std::string dir = HNR_TEST_DATA_DIR;
+    DIR* d = opendir(dir.c_str());
+    ASSERT_NE(nullptr, d);
+    int samples = 0;
+    while (dirent* e = readdir(d)) {
+        std::string name = e->d_name;
+        if (name.size() < 4 || name.compare(name.size() - 4, 4, ".xml") != 0)
+            continue;
+        std::ifstream in(dir + "/" + name, std::ios::binary);
+        std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        HNKXmlTextCheck::Error error;
+        HNKXmlTextCheck::Namespaces facts;
+        if (HNKXmlTextCheck::check(text.data(), text.size(), error, &facts) && text.find("xmlns") != std::string::npos) {
+            EXPECT_TRUE(facts.settled) << name;
+            ++samples;
+        }
+    }
+    closedir(d);
+    EXPECT_GT(samples, 0);
+}
+
+TEST(HNKXmlTextCheckTest, UnusualNamespacesAreLeftToTheTreeCheck)
+{
+    const std::string xsi = "http://www.w3.org/2001/XMLSchema-instance";
+    const std::string unusual[] = {
+        "<p:r/>",                                            // undeclared element prefix
+        "<r p:a='1'/>",                                      // undeclared attribute prefix
+        "<r xmlns:xsi='" + xsi + "' xsi:type='q:t'/>",       // undeclared prefix in a type
+        "<r xmlns:xsi='" + xsi + "' xsi:type='q:'/>",        // malformed type
+        "<r xmlns:xsi='" + xsi + "' xsi:type='&#x71;:t'/>",  // a reference in a type
+        "<r xmlns:p='urn:a&amp;b'/>",                        // a reference in a namespace name
+        "<r xmlns:p='urn:a' xmlns:q='urn:a' p:a='1' q:a='2'/>", // two prefixed attributes
+        "<r xmlns:xml='http://www.w3.org/XML/1998/namespace'/>",
+        "<r xml:lang='de'/>",
+        "<r xmlns:p='urn:a'><e xmlns:p=''/></r>",            // undeclaring a prefix
+        "<r xmlns:p='urn:a b'/>",                            // not a URI
+        "<r><a xmlns:p='urn:a'/><p:b/></r>",                 // a binding ends with its element
+        "<r><a xmlns:p='urn:a'></a><b p:x='1'/></r>",
+    };
+    for (const std::string& text : unusual) {
+        SCOPED_TRACE(text);
+        HNKXmlTextCheck::Error error;
+        HNKXmlTextCheck::Namespaces ns;
+        if (HNKXmlTextCheck::check(text.data(), text.size(), error, &ns)) {
+            EXPECT_FALSE(ns.settled);
+        }
+    }
+    // The tree check still refuses what is wrong among them.
+    HNKMessageIterator it;
+    EXPECT_EQ(-1, it.fromXML("<r><a xmlns:p='urn:a'/><p:b/></r>"));
+    EXPECT_NE(std::string::npos, getErrorMessage().find("undeclared namespace prefix 'p'")) << getErrorMessage();
+    EXPECT_EQ(-1, it.fromXML("<r><a xmlns:p='urn:a'></a><b p:x='1'/></r>"));
+    EXPECT_NE(std::string::npos, getErrorMessage().find("undeclared namespace prefix 'p'")) << getErrorMessage();
+    EXPECT_EQ(-1, it.fromXML("<r xmlns:p='urn:a' xmlns:q='urn:a' p:a='1' q:a='2'/>"));
+    EXPECT_NE(std::string::npos, getErrorMessage().find("duplicate attribute")) << getErrorMessage();
+    EXPECT_EQ(0, it.fromXML("<r xmlns:p='urn:a'><p:e p:a='1'/></r>")) << getErrorMessage();
+}

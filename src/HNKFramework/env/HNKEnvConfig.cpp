@@ -143,22 +143,46 @@ int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig&
     const HNKMessageIterator* msg = config.getMsg();
     if (!msg)
         return 0;
-    struct Child {
-        int position;
-        HNKMessageIterator at;
-    };
-    std::vector<Child> children;
+    // Children go out in schema order, stable among equal places (unknown
+    // tags last). A record's own setters and a parsed message mostly hold
+    // them in that order already: then one walk appends them as they stand,
+    // without a cursor per child.
+    std::vector<int> positions;
+    std::string name;
     HNKMessageIterator walk = msg->root();
+    bool ordered = true;
     if (walk.firstChild() == 0) {
         do {
-            int position = config.getPositionOfTheTag(walk.currentName());
-            children.push_back(Child{position < 0 ? INT_MAX : position, walk});
+            name.assign(walk.currentName());
+            int position = config.getPositionOfTheTag(name);
+            positions.push_back(position < 0 ? INT_MAX : position);
+            ordered = ordered && (positions.size() == 1 || positions[positions.size() - 2] <= positions.back());
         } while (walk.nextSibling() == 0);
     }
-    std::stable_sort(children.begin(), children.end(),
-                     [](const Child& a, const Child& b) { return a.position < b.position; });
-    for (const Child& child : children)
-        if (it.appendLinked(child.at) != 0) // a list is copied only if someone looks inside
+    if (positions.empty())
+        return 0;
+    if (ordered) {
+        walk = msg->root();
+        walk.firstChild();
+        do {
+            if (it.appendLinked(walk) != 0) // a list is copied only if someone looks inside
+                return -1;
+        } while (walk.nextSibling() == 0);
+        return 0;
+    }
+    std::vector<HNKMessageIterator> children;
+    children.reserve(positions.size());
+    walk = msg->root();
+    walk.firstChild();
+    do
+        children.push_back(walk);
+    while (walk.nextSibling() == 0);
+    std::vector<size_t> order(positions.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    std::stable_sort(order.begin(), order.end(), [&positions](size_t a, size_t b) { return positions[a] < positions[b]; });
+    for (size_t i : order)
+        if (it.appendLinked(children[i]) != 0)
             return -1;
     return 0;
 }

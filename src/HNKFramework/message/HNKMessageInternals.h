@@ -55,10 +55,28 @@ inline const char* localName(const char* name)
 inline bool nameMatches(const char* name, const char* tag) { return std::strcmp(localName(name), tag) == 0; }
 
 // Names the cursor creates: ASCII NCNames (no prefix), so any output is
-// namespace-well-formed.
-inline bool isNameStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+// namespace-well-formed. Checked on every write by name, so by table.
+struct TagChars {
+    enum : unsigned char { kStart = 1, kChar = 2 };
+    unsigned char t[256] = {};
+    constexpr TagChars()
+    {
+        for (int c = 'a'; c <= 'z'; ++c)
+            t[c] = kStart | kChar;
+        for (int c = 'A'; c <= 'Z'; ++c)
+            t[c] = kStart | kChar;
+        t[static_cast<unsigned char>('_')] = kStart | kChar;
+        for (int c = '0'; c <= '9'; ++c)
+            t[c] = kChar;
+        t[static_cast<unsigned char>('-')] = kChar;
+        t[static_cast<unsigned char>('.')] = kChar;
+    }
+};
+inline constexpr TagChars kTagChars{};
 
-inline bool isNameChar(char c) { return isNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.'; }
+inline bool isNameStart(char c) { return kTagChars.t[static_cast<unsigned char>(c)] & TagChars::kStart; }
+
+inline bool isNameChar(char c) { return kTagChars.t[static_cast<unsigned char>(c)] & TagChars::kChar; }
 
 inline bool isValidTag(const char* tag)
 {
@@ -155,19 +173,30 @@ struct HNKMessageIterator::Draft {
 
     Level& top() { return levels[depth - 1]; }
 
+    // Two of 64 bits for a name, from its length and (up to) its first and
+    // last eight bytes: a filter that rules out most names without a look
+    // at the list.
     static uint64_t bitOf(const char* name, size_t length)
     {
-        uint64_t h = 1469598103934665603ull;
-        for (size_t i = 0; i < length; ++i)
-            h = (h ^ static_cast<unsigned char>(name[i])) * 1099511628211ull;
-        return 1ull << (h >> 58);
+        uint64_t first = 0, last = 0;
+        if (length >= 8) {
+            std::memcpy(&first, name, 8);
+            std::memcpy(&last, name + length - 8, 8);
+        } else {
+            for (size_t i = 0; i < length; ++i)
+                first |= static_cast<uint64_t>(static_cast<unsigned char>(name[i])) << (8 * i);
+        }
+        uint64_t h = (first * 0x9E3779B97F4A7C15ull) ^ (last * 0xC2B2AE3D27D4EB4Full) ^ (length * 0x165667B19E3779F9ull);
+        h ^= h >> 29;
+        h *= 0xFF51AFD7ED558CCDull;
+        return (1ull << (h >> 58)) | (1ull << ((h >> 52) & 63));
     }
 
     // Whether the element under the writer has a child with this name.
     bool hasChild(const char* name, size_t length, uint64_t bit)
     {
         Level& l = top();
-        if (!(l.filter & bit))
+        if ((l.filter & bit) != bit)
             return false;
         for (size_t at : l.names)
             if (std::memcmp(ops.data() + at, name, length) == 0 && ops[at + length] == '\0')
@@ -178,16 +207,30 @@ struct HNKMessageIterator::Draft {
     void open(const char* name, size_t length)
     {
         uint64_t bit = bitOf(name, length);
-        bool known = hasChild(name, length, bit);
+        if (hasChild(name, length, bit))
+            openKnown(name, length);
+        else
+            openNew(name, length, bit);
+    }
+
+    // open() of a name the element has no child of yet (hasChild said so).
+    void openNew(const char* name, size_t length, uint64_t bit)
+    {
         Level& l = top();
-        l.startOpen = false;
-        ops += 'O';
-        if (!known) {
-            l.filter |= bit;
-            l.names.push_back(ops.size());
-        }
-        ops.append(name, length);
-        ops += '\0';
+        l.filter |= bit;
+        l.names.push_back(ops.size() + 1);
+        openKnown(name, length);
+    }
+
+    void openKnown(const char* name, size_t length)
+    {
+        top().startOpen = false;
+        const size_t at = ops.size();
+        ops.resize(at + length + 2);
+        char* p = &ops[at];
+        *p = 'O';
+        std::memcpy(p + 1, name, length);
+        p[length + 1] = '\0';
         if (levels.size() == depth)
             levels.emplace_back();
         Level& child = levels[depth++];
@@ -200,9 +243,34 @@ struct HNKMessageIterator::Draft {
     void text(const char* value, size_t size)
     {
         top().startOpen = false;
-        ops += 'T';
-        ops.append(value, size);
-        ops += '\0';
+        const size_t at = ops.size();
+        ops.resize(at + size + 2);
+        char* p = &ops[at];
+        *p = 'T';
+        std::memcpy(p + 1, value, size);
+        p[size + 1] = '\0';
+    }
+
+    // A new child holding nothing but text (openNew, text, close): the most
+    // common write, in one step.
+    void leaf(const char* name, size_t length, uint64_t bit, const char* value, size_t size)
+    {
+        Level& l = top();
+        l.startOpen = false;
+        l.filter |= bit;
+        const size_t at = ops.size();
+        l.names.push_back(at + 1);
+        ops.resize(at + length + size + 5);
+        char* p = &ops[at];
+        *p++ = 'O';
+        std::memcpy(p, name, length);
+        p += length;
+        *p++ = '\0';
+        *p++ = 'T';
+        std::memcpy(p, value, size);
+        p += size;
+        *p++ = '\0';
+        *p = 'C';
     }
 
     void attribute(const char* name, const char* value)
@@ -551,7 +619,6 @@ struct HNKMessageIterator::Caches {
     // first of a list of many items at once, and nobody asks a list for
     // several names.
     static const size_t kMaxIndexed = 256;
-
     struct Entry {
         uint64_t head; // the first (up to) 8 bytes of the name
         size_t length;
@@ -564,8 +631,10 @@ struct HNKMessageIterator::Caches {
     unsigned long indexGen = 0;
     bool indexed = false; // false: too many children, scanned instead
     std::vector<Entry> entries; // the first child of each local name
-    uint64_t bloom[2] = {0, 0};
-    size_t hint = 0; // lookups mostly follow document order
+    // Open addressing over `entries`: slot = entry index + 1, 0 empty; a
+    // power of two at least twice the entries, so a miss (a writer asking
+    // for a child it is about to append) ends on an empty slot at once.
+    std::vector<uint16_t> slots = std::vector<uint16_t>(32);
 
     unsigned long long scopeSerial = 0;
     pugi::xml_node_struct* scopeElement = nullptr;
@@ -603,56 +672,63 @@ struct HNKMessageIterator::Caches {
         return h;
     }
 
-    // One bit per name in 128: most misses (a writer asking for a child it
-    // is about to append) end here.
-    static unsigned bitOf(uint64_t head, size_t length)
+    static size_t hashOf(uint64_t head, size_t length)
     {
         uint64_t x = (head ^ (length * 0x9E3779B97F4A7C15ull)) * 0xFF51AFD7ED558CCDull;
-        return static_cast<unsigned>(x >> 57);
+        return static_cast<size_t>(x >> 40);
     }
 
     void clear()
     {
         entries.clear();
-        bloom[0] = bloom[1] = 0;
-        hint = 0;
+        if (slots.size() > 32)
+            slots.assign(32, 0);
+        else
+            std::fill(slots.begin(), slots.end(), 0);
     }
 
-    pugi::xml_node_struct* find(const char* tag, size_t length)
+    pugi::xml_node_struct* find(const char* tag, size_t length) const
     {
         const uint64_t h = headOf(tag, length);
-        const unsigned bit = bitOf(h, length);
-        if (!(bloom[bit >> 6] & (1ull << (bit & 63))))
-            return nullptr;
-        const size_t n = entries.size();
-        for (size_t k = 0, i = hint; k < n; ++k, ++i) {
-            if (i >= n)
-                i = 0;
-            const Entry& e = entries[i];
-            if (e.head == h && e.length == length &&
-                (length <= 8 || std::memcmp(e.name + 8, tag + 8, length - 8) == 0)) {
-                hint = i + 1;
+        const size_t mask = slots.size() - 1;
+        for (size_t i = hashOf(h, length) & mask;; i = (i + 1) & mask) {
+            const uint16_t s = slots[i];
+            if (s == 0)
+                return nullptr;
+            const Entry& e = entries[s - 1];
+            if (e.head == h && e.length == length && (length <= 8 || std::memcmp(e.name + 8, tag + 8, length - 8) == 0))
                 return e.node;
-            }
         }
-        return nullptr;
     }
 
     // False when the index grew too large (then it is dropped).
     bool add(const char* name, pugi::xml_node_struct* node)
     {
-        size_t length = std::strlen(name);
-        if (find(name, length))
-            return true; // the first child of a name stays the one found
-        if (entries.size() >= kMaxIndexed) {
-            indexed = false;
-            clear();
-            return false;
-        }
+        const size_t length = std::strlen(name);
         const uint64_t h = headOf(name, length);
-        const unsigned bit = bitOf(h, length);
-        bloom[bit >> 6] |= 1ull << (bit & 63);
+        if (2 * (entries.size() + 1) > slots.size()) {
+            if (entries.size() >= kMaxIndexed) {
+                indexed = false;
+                clear();
+                return false;
+            }
+            slots.assign(2 * slots.size(), 0);
+            for (size_t k = 0; k < entries.size(); ++k) {
+                size_t i = hashOf(entries[k].head, entries[k].length) & (slots.size() - 1);
+                while (slots[i] != 0)
+                    i = (i + 1) & (slots.size() - 1);
+                slots[i] = static_cast<uint16_t>(k + 1);
+            }
+        }
+        const size_t mask = slots.size() - 1;
+        size_t i = hashOf(h, length) & mask;
+        for (; slots[i] != 0; i = (i + 1) & mask) {
+            const Entry& e = entries[slots[i] - 1];
+            if (e.head == h && e.length == length && (length <= 8 || std::memcmp(e.name + 8, name + 8, length - 8) == 0))
+                return true; // the first child of a name stays the one found
+        }
         entries.push_back(Entry{h, length, name, node});
+        slots[i] = static_cast<uint16_t>(entries.size());
         return true;
     }
 };

@@ -131,25 +131,26 @@ std::string HNKMessageIterator::linkedXML() const
             onPath[n.internal_object()] = true;
     const unsigned flags = pugi::format_raw | pugi::format_no_declaration;
     StringWriter w;
-    // A start tag exactly as pugixml writes it: a childless shallow copy
-    // prints "<name attributes/>", of which the "/>" becomes ">".
+    // A start tag and text exactly as pugixml writes them: names as they
+    // stand, values through the escape table asked of pugixml itself (as a
+    // draft writes its own), with no document made for them.
+    const EscapeTable& esc = escapes();
     auto startTag = [&](xml_node n) {
-        pugi::xml_document shallow;
-        xml_node c = shallow.append_child(n.name());
-        for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute())
-            c.append_attribute(a.name()).set_value(a.value());
-        size_t at = w.out.size();
-        c.print(w, "", flags, pugi::encoding_utf8);
-        if (w.out.size() >= at + 2 && w.out.compare(w.out.size() - 2, 2, "/>") == 0)
-            w.out.resize(w.out.size() - 2);
+        w.out += '<';
+        w.out += n.name();
+        for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute()) {
+            w.out += ' ';
+            w.out += a.name();
+            w.out += "=\"";
+            const char* v = a.value();
+            appendEscaped(w.out, v, std::strlen(v), esc.attribute);
+            w.out += '"';
+        }
         w.out += '>';
     };
     auto text = [&](const char* value) {
-        if (!*value)
-            return;
-        pugi::xml_document holder;
-        holder.append_child(pugi::node_pcdata).set_value(value);
-        holder.print(w, "", flags, pugi::encoding_utf8);
+        if (*value)
+            appendEscaped(w.out, value, std::strlen(value), esc.text);
     };
     auto endTag = [&](xml_node n) {
         w.out += "</";

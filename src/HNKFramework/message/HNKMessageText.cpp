@@ -1,7 +1,8 @@
-// The message's text form: fromXML (the lexical check, the parse, then the
-// checks of the parsed tree in one iterative walk: depth, node kinds,
-// namespace declarations and prefixed names) and toXML. Every refusal sets
-// the error message with what was refused and where.
+// The message's text form: fromXML (the lexical check, the parse, then,
+// unless the lexical check settled them on its way, the checks of the parsed
+// tree in one iterative walk: depth, node kinds, namespace declarations and
+// prefixed names) and toXML. Every refusal sets the error message with what
+// was refused and where.
 #include "HNKMessageInternals.h"
 
 #include "HNKErrorMessage.h"
@@ -258,7 +259,8 @@ int HNKMessageIterator::fromXML(const std::string& text)
     const unsigned kParseOptions =
         pugi::parse_default | pugi::parse_doctype | pugi::parse_fragment | pugi::parse_embed_pcdata;
     HNKXmlTextCheck::Error bad;
-    if (!HNKXmlTextCheck::check(text.data(), text.size(), bad)) {
+    HNKXmlTextCheck::Namespaces namespaces;
+    if (!HNKXmlTextCheck::check(text.data(), text.size(), bad, &namespaces)) {
         // The lexical pass does not match end tags; where the parser finds an
         // end tag that closes the wrong element earlier, that is the first
         // fault and the one to name. (The parser also calls an element left
@@ -322,9 +324,15 @@ int HNKMessageIterator::fromXML(const std::string& text)
         setErrorMessage("fromXML: empty document: no root element");
         return -1;
     }
-    ptrdiff_t where = 0;
-    if (!checkTree(root, doc->tree->prefixedNames, where))
-        return refuse(where);
+    // The lexical pass settles plain namespaces and the depth on its way;
+    // anything else is for the walk over the tree to judge.
+    if (namespaces.settled && namespaces.depth <= static_cast<size_t>(kMaxDepth)) {
+        doc->tree->prefixedNames = namespaces.prefixedElements;
+    } else {
+        ptrdiff_t where = 0;
+        if (!checkTree(root, doc->tree->prefixedNames, where))
+            return refuse(where);
+    }
     attach(doc);
     node_ = root.internal_object();
     namespace_.clear();

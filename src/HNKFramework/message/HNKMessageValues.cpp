@@ -188,10 +188,8 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
                     d.text(value, size);
                     return 0;
                 }
-            } else if (!d.hasChild(name, length, Draft::bitOf(name, length))) {
-                d.open(name, length);
-                d.text(value, size);
-                d.close();
+            } else if (uint64_t bit = Draft::bitOf(name, length); !d.hasChild(name, length, bit)) {
+                d.leaf(name, length, bit, value, size);
                 return 0;
             }
         }

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 namespace {
 
@@ -143,7 +144,10 @@ bool isNameCp(uint32_t c)
 
 class Scanner {
 public:
-    Scanner(const uchar* begin, const uchar* end) : begin_(begin), p_(begin), end_(end) {}
+    Scanner(const uchar* begin, const uchar* end, HNKXmlTextCheck::Namespaces* ns)
+        : begin_(begin), p_(begin), end_(end), ns_(ns), nsSettled_(ns != nullptr)
+    {
+    }
 
     bool run(HNKXmlTextCheck::Error& error)
     {
@@ -151,6 +155,11 @@ public:
         if (!ok) {
             error.offset = static_cast<size_t>(at_ - begin_);
             error.what = what_;
+        }
+        if (ns_) {
+            ns_->settled = ok && nsSettled_;
+            ns_->prefixedElements = prefixedElements_;
+            ns_->depth = maxDepth_;
         }
         return ok;
     }
@@ -168,10 +177,12 @@ private:
 
     bool skipBlanks()
     {
-        const uchar* from = p_;
-        while (p_ < end_ && isBlank(*p_))
-            ++p_;
-        return p_ != from;
+        const uchar* q = p_;
+        while (q < end_ && isBlank(*q))
+            ++q;
+        bool moved = q != p_;
+        p_ = q;
+        return moved;
     }
 
     // Validates and passes one character; false (error set) when invalid.
@@ -190,13 +201,17 @@ private:
     bool name(bool qualified)
     {
         // Most names are ASCII without a colon: one tight loop.
+        // (A local cursor: p_ is a member, and a byte read may alias it, so
+        // the loop would store it at every step.)
         if (p_ < end_ && (kNames.t[*p_] & kStart)) {
-            const uchar* from = p_;
-            for (++p_; p_ < end_ && (kNames.t[*p_] & kChar); ++p_) {
-            }
-            if (p_ == end_ || (*p_ < 0x80 && *p_ != ':'))
+            const uchar* q = p_ + 1;
+            const uchar* const end = end_;
+            while (q < end && (kNames.t[*q] & kChar))
+                ++q;
+            if (q == end || (*q < 0x80 && *q != ':')) {
+                p_ = q;
                 return true;
-            p_ = from;
+            }
         }
         bool start = true;
         bool colon = false;
@@ -397,22 +412,25 @@ private:
         if (depth_ == 0 && roots_)
             return fail(lt, "more than one root element");
         ++p_;
+        const uchar* nameStart = p_;
         if (!name(true))
             return fail(lt + 1, "invalid element name");
+        std::string_view elementName(reinterpret_cast<const char*>(nameStart), static_cast<size_t>(p_ - nameStart));
         size_t count = 0;
+        bool empty = false;
         for (;;) {
             bool blank = skipBlanks();
             if (p_ == end_)
                 return fail(lt, "unterminated start tag");
             if (*p_ == '>') {
                 ++p_;
-                ++depth_;
                 break;
             }
             if (*p_ == '/') {
                 if (!more(2) || p_[1] != '>')
                     return fail(p_, "malformed start tag: '/' not followed by '>'");
                 p_ += 2;
+                empty = true;
                 break;
             }
             if (!blank)
@@ -423,7 +441,99 @@ private:
         roots_ = true;
         if (count > kInline)
             overflow_.clear();
+        maxDepth_ = std::max(maxDepth_, depth_ + 1);
+        if (nsSettled_)
+            nsSettled_ = namespacesHold(elementName, count);
+        if (!empty)
+            ++depth_;
+        else
+            leaveScope();
         return true;
+    }
+
+    // ---- Namespaces, where they are plain ----
+    // The tree check after the parse knows every namespace rule; this pass
+    // settles the common case on the way instead (declarations of ordinary
+    // prefixes to URIs, prefixed names and xsi:type values that use them)
+    // and leaves anything else to it: it never refuses, it only stops
+    // vouching (nsSettled_ false).
+
+    static bool isDeclaration(std::string_view n)
+    {
+        return n.size() >= 5 && n.compare(0, 5, "xmlns") == 0 && (n.size() == 5 || n[5] == ':');
+    }
+
+    // The URI a prefix is bound to here; false when unbound (or "xml",
+    // which the tree check resolves).
+    bool bound(std::string_view prefix, std::string_view& uri) const
+    {
+        for (size_t i = bindings_.size(); i-- > 0;)
+            if (bindings_[i].prefix == prefix) {
+                uri = bindings_[i].uri;
+                return !uri.empty() || prefix.empty();
+            }
+        return false;
+    }
+
+    // Pushes the element's declarations (at depth_ + 1, its own level) and
+    // checks its names; false when the tree check must decide.
+    bool namespacesHold(std::string_view element, size_t count)
+    {
+        if (count > kInline)
+            return false;
+        const size_t level = depth_ + 1;
+        for (size_t i = 0; i < count; ++i) {
+            std::string_view n = seen_[i];
+            if (!isDeclaration(n))
+                continue;
+            if (values_[i].amp)
+                return false;
+            std::string_view uri = values_[i].value;
+            std::string_view prefix = n.size() == 5 ? std::string_view() : n.substr(6);
+            if (prefix == "xml" || prefix == "xmlns" || uri == "http://www.w3.org/XML/1998/namespace" ||
+                uri == "http://www.w3.org/2000/xmlns/" || (uri.empty() && !prefix.empty()) ||
+                !HNKXmlTextCheck::isUriReference(uri))
+                return false;
+            bindings_.push_back(Binding{prefix, uri, level});
+        }
+        std::string_view uri;
+        size_t colon = element.find(':');
+        if (colon != std::string_view::npos) {
+            prefixedElements_ = true;
+            if (!bound(element.substr(0, colon), uri))
+                return false;
+        }
+        size_t prefixed = 0;
+        for (size_t i = 0; i < count; ++i) {
+            std::string_view n = seen_[i];
+            colon = n.find(':');
+            if (colon == std::string_view::npos || isDeclaration(n))
+                continue;
+            if (++prefixed > 1 || !bound(n.substr(0, colon), uri))
+                return false; // two prefixed attributes may clash once resolved: the tree check compares them
+            if (n.substr(colon + 1) != "type" || uri != "http://www.w3.org/2001/XMLSchema-instance")
+                continue;
+            if (values_[i].amp)
+                return false;
+            std::string_view v = values_[i].value;
+            while (!v.empty() && isBlank(static_cast<uchar>(v.front())))
+                v.remove_prefix(1);
+            while (!v.empty() && isBlank(static_cast<uchar>(v.back())))
+                v.remove_suffix(1);
+            size_t c = v.find(':');
+            if (v.empty() || (c != std::string_view::npos &&
+                              (c == 0 || c + 1 == v.size() || v.find(':', c + 1) != std::string_view::npos ||
+                               !bound(v.substr(0, c), uri))))
+                return false;
+        }
+        return true;
+    }
+
+    // Drops the declarations of the element being left (deeper than depth_).
+    void leaveScope()
+    {
+        while (!bindings_.empty() && bindings_.back().depth > depth_)
+            bindings_.pop_back();
     }
 
     bool attribute(size_t& count)
@@ -442,18 +552,25 @@ private:
         if (p_ == end_ || (*p_ != '"' && *p_ != '\''))
             return fail(p_, "attribute value not in quotes");
         uchar quote = *p_++;
+        const uchar* valueStart = p_;
+        bool amp = false;
         for (;;) {
             p_ = quote == '"' ? skipPlain<'"', '<', '&'>(p_, end_) : skipPlain<'\'', '<', '&'>(p_, end_);
             if (p_ == end_)
                 return fail(nameStart, "unterminated attribute value");
             uchar c = *p_;
             if (c == quote) {
+                if (count <= kInline)
+                    values_[count - 1] = Value{std::string_view(reinterpret_cast<const char*>(valueStart),
+                                                                static_cast<size_t>(p_ - valueStart)),
+                                               amp};
                 ++p_;
                 return true;
             }
             if (c == '<')
                 return fail(p_, "'<' in an attribute value");
             if (c == '&') {
+                amp = true;
                 if (!reference(false))
                     return false;
                 continue;
@@ -493,6 +610,8 @@ private:
             return fail(lt, "malformed end tag");
         ++p_;
         --depth_;
+        if (!bindings_.empty())
+            leaveScope();
         return true;
     }
 
@@ -668,14 +787,30 @@ private:
     bool roots_ = false;
     std::string_view seen_[kInline];
     std::unordered_set<std::string_view> overflow_;
+
+    struct Value {
+        std::string_view value; // as written, references undecoded
+        bool amp;               // holds a reference
+    };
+    struct Binding {
+        std::string_view prefix; // empty: the default namespace
+        std::string_view uri;
+        size_t depth; // of the element declaring it
+    };
+    HNKXmlTextCheck::Namespaces* ns_;
+    bool nsSettled_;
+    bool prefixedElements_ = false;
+    size_t maxDepth_ = 0;
+    Value values_[kInline];
+    std::vector<Binding> bindings_;
 };
 
 } // namespace
 
-bool HNKXmlTextCheck::check(const char* text, size_t size, Error& error)
+bool HNKXmlTextCheck::check(const char* text, size_t size, Error& error, Namespaces* namespaces)
 {
     const uchar* begin = reinterpret_cast<const uchar*>(text);
-    Scanner scanner(begin, begin + size);
+    Scanner scanner(begin, begin + size, namespaces);
     return scanner.run(error);
 }
 
@@ -711,9 +846,10 @@ bool isUriChar(char c)
 
 } // namespace
 
-bool HNKXmlTextCheck::isUriReference(const char* uri)
+bool HNKXmlTextCheck::isUriReference(const char* uri) { return isUriReference(std::string_view(uri)); }
+
+bool HNKXmlTextCheck::isUriReference(std::string_view u)
 {
-    std::string_view u(uri);
     int hashes = 0;
     for (size_t i = 0; i < u.size(); ++i) {
         char c = u[i];
