@@ -144,47 +144,25 @@ int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig&
     if (!msg)
         return 0;
     // Children go out in schema order, stable among equal places (unknown
-    // tags last). A record's own setters and a parsed message mostly hold
-    // them in that order already: then one walk appends them as they stand,
-    // without a cursor per child.
+    // tags last): one call, so a fresh record's children pass on as written,
+    // never built as elements.
+    const HNKMessageIterator top = msg->root();
+    std::vector<std::string_view> names;
+    if (top.childNames(names) != 0 || names.empty())
+        return 0;
     std::vector<int> positions;
+    positions.reserve(names.size());
     std::string name;
-    HNKMessageIterator walk = msg->root();
-    bool ordered = true;
-    if (walk.firstChild() == 0) {
-        do {
-            name.assign(walk.currentName());
-            int position = config.getPositionOfTheTag(name);
-            positions.push_back(position < 0 ? INT_MAX : position);
-            ordered = ordered && (positions.size() == 1 || positions[positions.size() - 2] <= positions.back());
-        } while (walk.nextSibling() == 0);
+    for (std::string_view n : names) {
+        name.assign(n);
+        int position = config.getPositionOfTheTag(name);
+        positions.push_back(position < 0 ? INT_MAX : position);
     }
-    if (positions.empty())
-        return 0;
-    if (ordered) {
-        walk = msg->root();
-        walk.firstChild();
-        do {
-            if (it.appendLinked(walk) != 0) // a list is copied only if someone looks inside
-                return -1;
-        } while (walk.nextSibling() == 0);
-        return 0;
-    }
-    std::vector<HNKMessageIterator> children;
-    children.reserve(positions.size());
-    walk = msg->root();
-    walk.firstChild();
-    do
-        children.push_back(walk);
-    while (walk.nextSibling() == 0);
-    std::vector<size_t> order(positions.size());
+    std::vector<size_t> order(names.size());
     for (size_t i = 0; i < order.size(); ++i)
         order[i] = i;
     std::stable_sort(order.begin(), order.end(), [&positions](size_t a, size_t b) { return positions[a] < positions[b]; });
-    for (size_t i : order)
-        if (it.appendLinked(children[i]) != 0)
-            return -1;
-    return 0;
+    return it.appendChildrenLinked(top, order); // a list is copied only if someone looks inside
 }
 
 HNKEnvConfigFactory factoryHNKEnvConfig(true);

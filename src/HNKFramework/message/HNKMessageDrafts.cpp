@@ -38,8 +38,7 @@ bool HNKMessageIterator::draftable() const
     if (!t.drafts.empty() && t.drafts.count(node_))
         return true;
     xml_node el = nodeOf(node_);
-    return !el.first_child() && !*el.value() && el.parent().type() == pugi::node_element &&
-           t.shares.load(std::memory_order_relaxed) == 1;
+    return !el.first_child() && !*el.value() && t.shares.load(std::memory_order_relaxed) == 1;
 }
 
 HNKMessageIterator::Draft* HNKMessageIterator::draftHere()
@@ -62,8 +61,7 @@ void HNKMessageIterator::leaveDraft() const
 {
     if (!draft_)
         return;
-    draft_->ops.append(draft_->depth - 1, 'C');
-    draft_->depth = 1;
+    draft_->closeAll();
     draft_->writer = nullptr;
     draft_ = nullptr;
 }

@@ -170,6 +170,13 @@ struct HNKMessageIterator::Draft {
     std::vector<Level> levels{1}; // [0]: the host; one more per open element
     size_t depth = 1;
     HNKMessageIterator* writer = nullptr; // the cursor inside, if any
+    // What a look at the host's children needs without reading the log:
+    // where each top-level child's entries begin and end (npos while it is
+    // open), whether the host holds text of its own, and the prefixes the
+    // attributes name (in their names and values).
+    std::vector<std::pair<size_t, size_t>> tops;
+    bool hostText = false;
+    std::vector<std::string> prefixes;
 
     Level& top() { return levels[depth - 1]; }
 
@@ -226,6 +233,8 @@ struct HNKMessageIterator::Draft {
     {
         top().startOpen = false;
         const size_t at = ops.size();
+        if (depth == 1)
+            tops.emplace_back(at, std::string::npos);
         ops.resize(at + length + 2);
         char* p = &ops[at];
         *p = 'O';
@@ -243,6 +252,7 @@ struct HNKMessageIterator::Draft {
     void text(const char* value, size_t size)
     {
         top().startOpen = false;
+        hostText = hostText || depth == 1;
         const size_t at = ops.size();
         ops.resize(at + size + 2);
         char* p = &ops[at];
@@ -271,10 +281,14 @@ struct HNKMessageIterator::Draft {
         p += size;
         *p++ = '\0';
         *p = 'C';
+        if (depth == 1)
+            tops.emplace_back(at, ops.size());
     }
 
     void attribute(const char* name, const char* value)
     {
+        notePrefix(name);
+        notePrefix(value);
         ops += 'A';
         ops += name;
         ops += '\0';
@@ -285,7 +299,27 @@ struct HNKMessageIterator::Draft {
     void close()
     {
         ops += 'C';
-        --depth;
+        if (--depth == 1)
+            tops.back().second = ops.size();
+    }
+
+    // Closes the elements still open (the writer left).
+    void closeAll()
+    {
+        while (depth > 1)
+            close();
+    }
+
+    void notePrefix(const char* qname)
+    {
+        const char* colon = std::strchr(qname, ':');
+        if (!colon)
+            return;
+        std::string_view p(qname, static_cast<size_t>(colon - qname));
+        for (const std::string& known : prefixes)
+            if (known == p)
+                return;
+        prefixes.emplace_back(p);
     }
 
     // The content as text, the elements still open closed.
@@ -387,19 +421,9 @@ struct HNKMessageIterator::Draft {
     // The prefixes the content names (attribute names, xsi:type values).
     void notePrefixes(const std::function<void(const char*, size_t)>& note) const
     {
-        const char* base = ops.data();
-        for (size_t i = 0; i < ops.size();) {
-            char op = ops[i++];
-            if (op == 'C')
-                continue;
-            size_t length = std::strlen(base + i);
-            if (op == 'A') {
-                note(base + i, length);
-                i += length + 1;
-                length = std::strlen(base + i);
-                note(base + i, length);
-            }
-            i += length + 1;
+        for (const std::string& p : prefixes) {
+            const std::string qname = p + ":";
+            note(qname.data(), qname.size());
         }
     }
 };
@@ -535,8 +559,13 @@ struct HNKMessageIterator::Tree {
             }
             std::unique_ptr<Draft> copy(new Draft);
             copy->ops = d.second->ops;
-            copy->ops.append(d.second->depth - 1, 'C');
             copy->levels[0] = d.second->levels[0];
+            copy->tops = d.second->tops;
+            copy->hostText = d.second->hostText;
+            copy->prefixes = d.second->prefixes;
+            copy->depth = d.second->depth;
+            copy->levels.resize(copy->depth); // (only the host's level is read once closed)
+            copy->closeAll();
             dst.drafts[at.internal_object()] = std::move(copy);
         }
         ++dst.childGen;

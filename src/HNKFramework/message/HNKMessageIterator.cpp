@@ -218,6 +218,15 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
         if (!draft_->hasChild(tag, length, Draft::bitOf(tag, length)))
             return nullptr;
         real();
+    } else if (!doc_->tree->drafts.empty()) {
+        // The same for the host of a draft nobody is writing in: a setter
+        // asks for the old element it replaces before it writes the new one.
+        auto found = doc_->tree->drafts.find(node_);
+        if (found != doc_->tree->drafts.end() && !found->second->writer) {
+            size_t length = std::strlen(tag);
+            if (!found->second->hasChild(tag, length, Draft::bitOf(tag, length)))
+                return nullptr;
+        }
     }
     looked();
     return indexedChild(tag);

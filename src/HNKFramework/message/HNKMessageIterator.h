@@ -23,6 +23,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace pugi {
 struct xml_node_struct;
@@ -221,6 +222,16 @@ public:
     // writes it straight from the source, whose tree stays unchanged (a
     // change through its own cursors goes to a copy of their own).
     int appendLinked(const HNKMessageIterator& source);
+    // appendLinked of every element child of `source`'s current element, in
+    // the order `order` gives (indices in childNames order, each once).
+    // Children a writer has just made are passed on as written, without
+    // being built as elements on either side. -1 as appendLinked, or when
+    // `order` is not such a permutation (nothing appended then).
+    int appendChildrenLinked(const HNKMessageIterator& source, const std::vector<size_t>& order);
+    // The local names of the element children of the element under the
+    // cursor, in order, without building written content as elements; the
+    // views hold until the document changes. -1 when not valid.
+    int childNames(std::vector<std::string_view>& names) const;
 
     // ---- Typed objects (HNKSerialization.h defines these) ----
     // Runs reader(*this, obj) on the element under the cursor.
@@ -301,6 +312,10 @@ private:
     // looks inside them.
     void settled() const;
     int appendCopy(const HNKMessageIterator& source, bool link);
+    // appendChildrenLinked without building anything: the children of a
+    // written source element join this element's draft as written. False
+    // (nothing done) when that cannot be shown to mean the same.
+    bool spliceDraft(const HNKMessageIterator& source, const std::vector<size_t>& order);
     // toXML while linked elements are pending.
     std::string linkedXML() const;
 

@@ -335,3 +335,127 @@ int HNKMessageIterator::appendChildrenCopy(const HNKMessageIterator& source)
     }
     return 0;
 }
+
+int HNKMessageIterator::childNames(std::vector<std::string_view>& names) const
+{
+    names.clear();
+    if (!node_)
+        return -1;
+    real();
+    const Tree& t = *doc_->tree;
+    if (!t.drafts.empty()) {
+        auto found = t.drafts.find(node_);
+        if (found != t.drafts.end()) {
+            const Draft& d = *found->second;
+            names.reserve(d.tops.size());
+            for (const auto& top : d.tops) {
+                const char* name = d.ops.data() + top.first + 1;
+                names.emplace_back(name, std::strlen(name));
+            }
+            return 0;
+        }
+    }
+    settled();
+    for (xml_node c = nodeOf(node_).first_child(); c; c = c.next_sibling())
+        if (c.type() == pugi::node_element)
+            names.emplace_back(localName(c.name()));
+    return 0;
+}
+
+namespace {
+
+// True when `order` holds each of 0 .. n-1 once.
+bool isPermutation(const std::vector<size_t>& order, size_t n)
+{
+    if (order.size() != n)
+        return false;
+    std::vector<bool> seen(n);
+    for (size_t k : order) {
+        if (k >= n || seen[k])
+            return false;
+        seen[k] = true;
+    }
+    return true;
+}
+
+} // namespace
+
+bool HNKMessageIterator::spliceDraft(const HNKMessageIterator& source, const std::vector<size_t>& order)
+{
+    if (draft_ || source.draft_ || doc_ == source.doc_)
+        return false;
+    const Tree& st = *source.doc_->tree;
+    if (st.drafts.empty())
+        return false;
+    auto found = st.drafts.find(source.node_);
+    if (found == st.drafts.end())
+        return false;
+    const Draft& from = *found->second;
+    if (from.writer || from.depth != 1 || !draftable() ||
+        (!doc_->tree->drafts.empty() && doc_->tree->drafts.count(node_)))
+        return false; // (a fresh draft here: its list of names is the source's)
+    const xml_node src = nodeOf(source.node_), dst = nodeOf(node_);
+    if (std::strcmp(lookupPrefix(src, "", 0), lookupPrefix(dst, "", 0)) != 0)
+        return false; // written names carry no prefix: the default namespace must agree
+    // Only elements at the top (a host's own text is not a child), and
+    // every prefix the attributes name bound alike on both sides (a
+    // declaration inside is left to the element copies).
+    if (from.hostText)
+        return false;
+    for (const std::string& prefix : from.prefixes) {
+        if (prefix == "xmlns")
+            return false;
+        const char* a = lookupPrefix(src, prefix.data(), prefix.size());
+        const char* b = lookupPrefix(dst, prefix.data(), prefix.size());
+        if (!a || !b || std::strcmp(a, b) != 0)
+            return false;
+    }
+    const std::vector<std::pair<size_t, size_t>>& children = from.tops; // [begin, end) in from.ops
+    const char* base = from.ops.data();
+    if (!isPermutation(order, children.size()))
+        return false;
+    changing();
+    std::unique_ptr<Draft>& d = doc_->tree->drafts[node_];
+    d.reset(new Draft);
+    Draft& to = *d;
+    to.ops.reserve(from.ops.size());
+    // The source's list holds each top-level name once, at its first child
+    // of that name; the copy keeps those entries, moved with their children.
+    const Draft::Level& fromTop = from.levels[0];
+    Draft::Level& level = to.levels[0];
+    level.filter = fromTop.filter;
+    level.names.reserve(fromTop.names.size());
+    for (size_t k : order) {
+        const auto& child = children[k];
+        if (std::find(fromTop.names.begin(), fromTop.names.end(), child.first + 1) != fromTop.names.end())
+            level.names.push_back(to.ops.size() + 1);
+        to.tops.emplace_back(to.ops.size(), to.ops.size() + (child.second - child.first));
+        to.ops.append(base + child.first, child.second - child.first);
+    }
+    level.startOpen = false;
+    to.prefixes = from.prefixes;
+    return true;
+}
+
+int HNKMessageIterator::appendChildrenLinked(const HNKMessageIterator& source, const std::vector<size_t>& order)
+{
+    if (!node_ || !source.node_)
+        return -1;
+    if (spliceDraft(source, order))
+        return 0;
+    std::vector<xml_node_struct*> children;
+    HNKMessageIterator child(source);
+    if (child.firstChild() == 0) {
+        do
+            children.push_back(child.node_);
+        while (child.nextSibling() == 0);
+    }
+    if (!isPermutation(order, children.size()))
+        return -1;
+    for (size_t k : order) {
+        child.node_ = children[k];
+        if (appendCopy(child, true) != 0)
+            return -1;
+    }
+    return 0;
+}
