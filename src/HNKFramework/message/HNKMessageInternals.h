@@ -165,7 +165,12 @@ struct HNKMessageIterator::Draft {
         bool stamped = false;
         uint64_t filter = 0;
         std::vector<size_t> names; // offsets in `ops` of the child names, each once
+        // Beyond kIndexFrom names (a record's root takes sixty settings, each
+        // setter asking first for the one it replaces), open addressing over
+        // `names` (index + 1, 0 empty) by the names' keys.
+        std::vector<size_t> slots;
     };
+    static const size_t kIndexFrom = 16;
     std::string ops;
     std::vector<Level> levels{1}; // [0]: the host; one more per open element
     size_t depth = 1;
@@ -180,10 +185,10 @@ struct HNKMessageIterator::Draft {
 
     Level& top() { return levels[depth - 1]; }
 
-    // Two of 64 bits for a name, from its length and (up to) its first and
-    // last eight bytes: a filter that rules out most names without a look
-    // at the list.
-    static uint64_t bitOf(const char* name, size_t length)
+    // A name's key, from its length and (up to) its first and last eight
+    // bytes; two of its bits make a filter that rules out most names without
+    // a look at the list.
+    static uint64_t keyOf(const char* name, size_t length)
     {
         uint64_t first = 0, last = 0;
         if (length >= 8) {
@@ -195,38 +200,83 @@ struct HNKMessageIterator::Draft {
         }
         uint64_t h = (first * 0x9E3779B97F4A7C15ull) ^ (last * 0xC2B2AE3D27D4EB4Full) ^ (length * 0x165667B19E3779F9ull);
         h ^= h >> 29;
-        h *= 0xFF51AFD7ED558CCDull;
-        return (1ull << (h >> 58)) | (1ull << ((h >> 52) & 63));
+        return h * 0xFF51AFD7ED558CCDull;
+    }
+    static uint64_t bitsOf(uint64_t key) { return (1ull << (key >> 58)) | (1ull << ((key >> 52) & 63)); }
+
+    bool nameAt(size_t at, const char* name, size_t length) const
+    {
+        return std::memcmp(ops.data() + at, name, length) == 0 && ops[at + length] == '\0';
     }
 
     // Whether the element under the writer has a child with this name.
-    bool hasChild(const char* name, size_t length, uint64_t bit)
+    bool hasChild(const char* name, size_t length, uint64_t key) const
     {
-        Level& l = top();
-        if ((l.filter & bit) != bit)
+        const Level& l = levels[depth - 1];
+        const uint64_t bits = bitsOf(key);
+        if ((l.filter & bits) != bits)
             return false;
+        if (!l.slots.empty()) {
+            const size_t mask = l.slots.size() - 1;
+            for (size_t i = (key >> 8) & mask; l.slots[i] != 0; i = (i + 1) & mask)
+                if (nameAt(l.names[l.slots[i] - 1], name, length))
+                    return true;
+            return false;
+        }
         for (size_t at : l.names)
-            if (std::memcmp(ops.data() + at, name, length) == 0 && ops[at + length] == '\0')
+            if (nameAt(at, name, length))
                 return true;
         return false;
     }
 
+    // Notes a new child name (at offset `at` in ops) of level `l`.
+    void addName(Level& l, size_t at, uint64_t key)
+    {
+        l.filter |= bitsOf(key);
+        l.names.push_back(at);
+        if (l.slots.empty() ? l.names.size() > kIndexFrom : 2 * l.names.size() > l.slots.size())
+            reindex(l);
+        else if (!l.slots.empty())
+            place(l, l.names.size() - 1, key);
+    }
+
+    void reindex(Level& l)
+    {
+        size_t size = 64;
+        while (size < 4 * l.names.size())
+            size *= 2;
+        l.slots.assign(size, 0);
+        for (size_t k = 0; k < l.names.size(); ++k) {
+            const char* name = ops.data() + l.names[k];
+            place(l, k, keyOf(name, std::strlen(name)));
+        }
+    }
+
+    static void place(Level& l, size_t k, uint64_t key)
+    {
+        const size_t mask = l.slots.size() - 1;
+        size_t i = (key >> 8) & mask;
+        while (l.slots[i] != 0)
+            i = (i + 1) & mask;
+        l.slots[i] = k + 1;
+    }
+
     void open(const char* name, size_t length)
     {
-        uint64_t bit = bitOf(name, length);
-        if (hasChild(name, length, bit))
+        uint64_t key = keyOf(name, length);
+        if (hasChild(name, length, key))
             openKnown(name, length);
         else
-            openNew(name, length, bit);
+            openNew(name, length, key);
     }
 
     // open() of a name the element has no child of yet (hasChild said so).
-    void openNew(const char* name, size_t length, uint64_t bit)
+    void openNew(const char* name, size_t length, uint64_t key)
     {
-        Level& l = top();
-        l.filter |= bit;
-        l.names.push_back(ops.size() + 1);
-        openKnown(name, length);
+        const size_t parent = depth - 1;
+        const size_t at = ops.size() + 1;
+        openKnown(name, length); // (the name is in the log before the list reads it)
+        addName(levels[parent], at, key);
     }
 
     void openKnown(const char* name, size_t length)
@@ -247,6 +297,7 @@ struct HNKMessageIterator::Draft {
         child.stamped = false;
         child.filter = 0;
         child.names.clear();
+        child.slots.clear();
     }
 
     void text(const char* value, size_t size)
@@ -263,13 +314,11 @@ struct HNKMessageIterator::Draft {
 
     // A new child holding nothing but text (openNew, text, close): the most
     // common write, in one step.
-    void leaf(const char* name, size_t length, uint64_t bit, const char* value, size_t size)
+    void leaf(const char* name, size_t length, uint64_t key, const char* value, size_t size)
     {
         Level& l = top();
         l.startOpen = false;
-        l.filter |= bit;
         const size_t at = ops.size();
-        l.names.push_back(at + 1);
         ops.resize(at + length + size + 5);
         char* p = &ops[at];
         *p++ = 'O';
@@ -281,6 +330,7 @@ struct HNKMessageIterator::Draft {
         p += size;
         *p++ = '\0';
         *p = 'C';
+        addName(l, at + 1, key);
         if (depth == 1)
             tops.emplace_back(at, ops.size());
     }

@@ -215,7 +215,7 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
         // Asking a written element for a child it does not have (a writer
         // replacing a child that is not there) needs no nodes.
         size_t length = std::strlen(tag);
-        if (!draft_->hasChild(tag, length, Draft::bitOf(tag, length)))
+        if (!draft_->hasChild(tag, length, Draft::keyOf(tag, length)))
             return nullptr;
         real();
     } else if (!doc_->tree->drafts.empty()) {
@@ -224,7 +224,7 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
         auto found = doc_->tree->drafts.find(node_);
         if (found != doc_->tree->drafts.end() && !found->second->writer) {
             size_t length = std::strlen(tag);
-            if (!found->second->hasChild(tag, length, Draft::bitOf(tag, length)))
+            if (!found->second->hasChild(tag, length, Draft::keyOf(tag, length)))
                 return nullptr;
         }
     }

@@ -433,6 +433,8 @@ bool HNKMessageIterator::spliceDraft(const HNKMessageIterator& source, const std
         to.ops.append(base + child.first, child.second - child.first);
     }
     level.startOpen = false;
+    if (level.names.size() > Draft::kIndexFrom)
+        to.reindex(level);
     to.prefixes = from.prefixes;
     return true;
 }

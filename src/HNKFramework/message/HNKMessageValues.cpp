@@ -188,8 +188,8 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
                     d.text(value, size);
                     return 0;
                 }
-            } else if (uint64_t bit = Draft::bitOf(name, length); !d.hasChild(name, length, bit)) {
-                d.leaf(name, length, bit, value, size);
+            } else if (uint64_t key = Draft::keyOf(name, length); !d.hasChild(name, length, key)) {
+                d.leaf(name, length, key, value, size);
                 return 0;
             }
         }
