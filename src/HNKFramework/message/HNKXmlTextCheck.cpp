@@ -444,10 +444,12 @@ private:
         maxDepth_ = std::max(maxDepth_, depth_ + 1);
         if (nsSettled_)
             nsSettled_ = namespacesHold(elementName, count);
-        if (!empty)
+        if (!empty) {
             ++depth_;
-        else
+            open_.push_back(elementName);
+        } else {
             leaveScope();
+        }
         return true;
     }
 
@@ -602,6 +604,19 @@ private:
         const uchar* lt = p_;
         if (depth_ == 0)
             return fail(lt, "end tag without a start tag");
+        // Mostly the end tag names its start tag, checked already: then a
+        // comparison will do. (Anything else is read as before, and a
+        // mismatch left to the parser.)
+        std::string_view expected = open_.back();
+        open_.pop_back();
+        if (static_cast<size_t>(end_ - p_) > expected.size() + 2 && p_[2 + expected.size()] == '>' &&
+            std::memcmp(p_ + 2, expected.data(), expected.size()) == 0) {
+            p_ += expected.size() + 3;
+            --depth_;
+            if (!bindings_.empty())
+                leaveScope();
+            return true;
+        }
         p_ += 2;
         if (!name(true))
             return fail(lt + 2, "invalid element name in an end tag");
@@ -803,6 +818,7 @@ private:
     size_t maxDepth_ = 0;
     Value values_[kInline];
     std::vector<Binding> bindings_;
+    std::vector<std::string_view> open_; // names of the elements open, innermost last
 };
 
 } // namespace
