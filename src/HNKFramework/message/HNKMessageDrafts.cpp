@@ -45,16 +45,22 @@ HNKMessageIterator::Draft* HNKMessageIterator::draftHere()
 {
     if (draft_)
         return draft_;
-    if (!draftable())
-        return nullptr;
-    std::unique_ptr<Draft>& d = doc_->tree->drafts[node_];
-    if (!d)
-        d.reset(new Draft);
+    Tree& t = *doc_->tree;
+    auto found = t.drafts.find(node_); // one lookup for both questions: is there one, may there be one
+    Draft* d;
+    if (found != t.drafts.end()) {
+        d = found->second.get();
+    } else {
+        xml_node el = nodeOf(node_);
+        if (el.first_child() || *el.value() || t.shares.load(std::memory_order_relaxed) != 1)
+            return nullptr;
+        d = (t.drafts[node_] = std::unique_ptr<Draft>(new Draft)).get();
+    }
     if (d->writer) { // another cursor is inside it
-        doc_->tree->realize(node_);
+        t.realize(node_);
         return nullptr;
     }
-    return d.get();
+    return d;
 }
 
 void HNKMessageIterator::leaveDraft() const

@@ -422,12 +422,18 @@ bool HNKMessageIterator::spliceDraft(const HNKMessageIterator& source, const std
     // The source's list holds each top-level name once, at its first child
     // of that name; the copy keeps those entries, moved with their children.
     const Draft::Level& fromTop = from.levels[0];
+    std::vector<bool> listed(children.size());
+    for (size_t at : fromTop.names) {
+        auto child = std::lower_bound(children.begin(), children.end(), std::make_pair(at - 1, size_t(0)));
+        if (child != children.end() && child->first == at - 1)
+            listed[static_cast<size_t>(child - children.begin())] = true;
+    }
     Draft::Level& level = to.levels[0];
     level.filter = fromTop.filter;
     level.names.reserve(fromTop.names.size());
     for (size_t k : order) {
         const auto& child = children[k];
-        if (std::find(fromTop.names.begin(), fromTop.names.end(), child.first + 1) != fromTop.names.end())
+        if (listed[k])
             level.names.push_back(to.ops.size() + 1);
         to.tops.emplace_back(to.ops.size(), to.ops.size() + (child.second - child.first));
         to.ops.append(base + child.first, child.second - child.first);

@@ -8,7 +8,7 @@
 
 #include <array>
 #include <atomic>
-#include <map>
+#include <unordered_map>
 
 namespace HNR {
 
@@ -83,7 +83,8 @@ static_assert(tagOrderIsDense(), "the settings' places fill the 58 entries of th
 
 constexpr TagOrder kTagOrder = buildTagOrder();
 
-typedef std::map<std::string, int, std::less<>> TagPositions;
+// Hashed: the configuration's writer asks it for every child it writes.
+typedef std::unordered_map<std::string, int> TagPositions;
 
 // Created on first use; destroyed at exit (or unload).
 TagPositions& tagPositions()
