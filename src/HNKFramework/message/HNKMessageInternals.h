@@ -129,6 +129,61 @@ struct EscapeTable {
     EscapeTable();
 };
 
+// Text written in small pieces: they are gathered in a buffer on the stack
+// and appended to the string a chunk at a time (as pugixml's own writer
+// does), instead of one append call each.
+class ChunkOut {
+public:
+    explicit ChunkOut(std::string& out) : out_(out) {}
+    ChunkOut(const ChunkOut&) = delete;
+    ChunkOut& operator=(const ChunkOut&) = delete;
+    ~ChunkOut() { flush(); }
+
+    void put(char c)
+    {
+        if (n_ == sizeof buf_)
+            flush();
+        buf_[n_++] = c;
+    }
+    void put(const char* d, size_t size)
+    {
+        if (size > sizeof buf_ - n_) {
+            flush();
+            if (size > sizeof buf_) {
+                out_.append(d, size);
+                return;
+            }
+        }
+        std::memcpy(buf_ + n_, d, size);
+        n_ += size;
+    }
+    // Each ASCII byte with an entry in `table` written as that entry.
+    void putEscaped(const char* d, size_t size, const char* const* table)
+    {
+        const char* run = d;
+        const char* end = d + size;
+        for (; d < end; ++d) {
+            unsigned char c = static_cast<unsigned char>(*d);
+            if (c < 128 && table[c]) {
+                put(run, static_cast<size_t>(d - run));
+                put(table[c], std::strlen(table[c]));
+                run = d + 1;
+            }
+        }
+        put(run, static_cast<size_t>(end - run));
+    }
+    void flush()
+    {
+        out_.append(buf_, n_);
+        n_ = 0;
+    }
+
+private:
+    std::string& out_;
+    size_t n_ = 0;
+    char buf_[4096];
+};
+
 inline const EscapeTable& escapes()
 {
     static const EscapeTable table;
@@ -372,66 +427,67 @@ struct HNKMessageIterator::Draft {
         prefixes.emplace_back(p);
     }
 
-    // The content as text, the elements still open closed.
+    // The content as text, the elements still open closed. Small pieces go
+    // through a buffer on the stack, appended to `out` a chunk at a time.
     void write(std::string& out) const
     {
         const hnk_message_detail::EscapeTable& esc = hnk_message_detail::escapes();
         const size_t need = out.size() + ops.size() + ops.size() / 2; // end tags repeat the names
         if (out.capacity() < need)
             out.reserve(std::max(need, 2 * out.capacity()));
+        hnk_message_detail::ChunkOut o(out);
         std::vector<size_t> names;
+        names.reserve(16);
         bool startOpen = false;
-        auto closeElement = [&] {
-            if (startOpen) {
-                out += "/>";
-                startOpen = false;
-            } else {
-                out += "</";
-                out += ops.data() + names.back();
-                out += '>';
-            }
-            names.pop_back();
-        };
         const char* base = ops.data();
-        for (size_t i = 0; i < ops.size();) {
-            char op = ops[i++];
+        // Past the log, the elements still open are closed.
+        for (size_t i = 0; i < ops.size() || !names.empty();) {
+            char op = i < ops.size() ? ops[i++] : 'C';
             size_t length = op == 'C' ? 0 : std::strlen(base + i);
             switch (op) {
             case 'O':
                 if (startOpen)
-                    out += '>';
-                out += '<';
-                out.append(base + i, length);
+                    o.put('>');
+                o.put('<');
+                o.put(base + i, length);
                 names.push_back(i);
                 startOpen = true;
                 i += length + 1;
                 break;
             case 'A': {
-                out += ' ';
-                out.append(base + i, length);
-                out += "=\"";
+                o.put(' ');
+                o.put(base + i, length);
+                o.put("=\"", 2);
                 i += length + 1;
                 size_t valueLength = std::strlen(base + i);
-                hnk_message_detail::appendEscaped(out, base + i, valueLength, esc.attribute);
-                out += '"';
+                o.putEscaped(base + i, valueLength, esc.attribute);
+                o.put('"');
                 i += valueLength + 1;
                 break;
             }
             case 'T':
                 if (startOpen) {
-                    out += '>';
+                    o.put('>');
                     startOpen = false;
                 }
-                hnk_message_detail::appendEscaped(out, base + i, length, esc.text);
+                o.putEscaped(base + i, length, esc.text);
                 i += length + 1;
                 break;
             default: // 'C'
-                closeElement();
+                if (startOpen) {
+                    o.put("/>", 2);
+                    startOpen = false;
+                } else {
+                    const char* name = base + names.back();
+                    o.put("</", 2);
+                    o.put(name, std::strlen(name));
+                    o.put('>');
+                }
+                names.pop_back();
                 break;
             }
         }
-        while (!names.empty())
-            closeElement();
+        o.flush();
     }
 
     // The nodes the writes would have made, under `host`; returns the
