@@ -315,7 +315,8 @@ private:
     // appendChildrenLinked without building anything: the children of a
     // written source element join this element's draft as written. False
     // (nothing done) when that cannot be shown to mean the same.
-    bool spliceDraft(const HNKMessageIterator& source, const std::vector<size_t>& order);
+    __attribute__((visibility("hidden"))) bool spliceDraft(const HNKMessageIterator& source,
+                                                            const std::vector<size_t>& order);
     // toXML while linked elements are pending.
     std::string linkedXML() const;
 

@@ -823,6 +823,8 @@ private:
 
 } // namespace
 
+bool HNKXmlTextCheck::check(const char* text, size_t size, Error& error) { return check(text, size, error, nullptr); }
+
 bool HNKXmlTextCheck::check(const char* text, size_t size, Error& error, Namespaces* namespaces)
 {
     const uchar* begin = reinterpret_cast<const uchar*>(text);

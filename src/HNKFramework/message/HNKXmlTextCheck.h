@@ -40,7 +40,8 @@ public:
     // too. With `namespaces`, also says what it saw of them. Allocates
     // nothing unless an element has more than 16 attributes or declares
     // namespaces.
-    static bool check(const char* text, size_t size, Error& error, Namespaces* namespaces = nullptr);
+    static bool check(const char* text, size_t size, Error& error);
+    static bool check(const char* text, size_t size, Error& error, Namespaces* namespaces);
 
     // Offset of the first byte that is not UTF-8 or is a character XML 1.0
     // cannot carry (the text of one value, no markup); -1 when all is fine.
