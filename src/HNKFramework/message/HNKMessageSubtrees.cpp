@@ -1,8 +1,10 @@
 // Copies of subtrees between documents: cloneSubtree, shareSubtree (one tree
 // read by several documents), appendCopy, appendLinked (content copied in
-// only when first looked at) and appendChildrenCopy, each carrying the
-// namespace bindings the copy needs, and the text of a tree whose linked
-// elements or drafts are still pending.
+// only when first looked at), appendChildrenCopy and appendChildrenLinked
+// (in a given order; a draft's children spliced as written), each carrying
+// the namespace bindings the copy needs; the names of an element's children
+// (childNames); and the text of a tree whose linked elements or drafts are
+// still pending.
 #include "HNKMessageInternals.h"
 
 using namespace hnk_message_detail;
