@@ -32,13 +32,23 @@ EscapeTable::EscapeTable()
 
 } // namespace hnk_message_detail
 
+namespace {
+
+// An element a draft may begin in: nothing inside it yet, in a tree no other
+// document reads.
+bool isFreshElement(xml_node el, const std::atomic<long>& shares)
+{
+    return !el.first_child() && !*el.value() && shares.load(std::memory_order_relaxed) == 1;
+}
+
+} // namespace
+
 bool HNKMessageIterator::draftable() const
 {
     Tree& t = *doc_->tree;
     if (!t.drafts.empty() && t.drafts.count(node_))
         return true;
-    xml_node el = nodeOf(node_);
-    return !el.first_child() && !*el.value() && t.shares.load(std::memory_order_relaxed) == 1;
+    return isFreshElement(nodeOf(node_), t.shares);
 }
 
 HNKMessageIterator::Draft* HNKMessageIterator::draftHere()
@@ -51,8 +61,7 @@ HNKMessageIterator::Draft* HNKMessageIterator::draftHere()
     if (found != t.drafts.end()) {
         d = found->second.get();
     } else {
-        xml_node el = nodeOf(node_);
-        if (el.first_child() || *el.value() || t.shares.load(std::memory_order_relaxed) != 1)
+        if (!isFreshElement(nodeOf(node_), t.shares))
             return nullptr;
         d = (t.drafts[node_] = std::unique_ptr<Draft>(new Draft)).get();
     }
