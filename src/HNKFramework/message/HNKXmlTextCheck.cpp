@@ -210,9 +210,11 @@ private:
                 ++q;
             if (q == end || (*q < 0x80 && *q != ':')) {
                 p_ = q;
+                plainName_ = true;
                 return true;
             }
         }
+        plainName_ = false;
         bool start = true;
         bool colon = false;
         while (p_ < end_) {
@@ -416,6 +418,7 @@ private:
         if (!name(true))
             return fail(lt + 1, "invalid element name");
         std::string_view elementName(reinterpret_cast<const char*>(nameStart), static_cast<size_t>(p_ - nameStart));
+        const bool plainElement = plainName_;
         size_t count = 0;
         bool empty = false;
         for (;;) {
@@ -442,7 +445,9 @@ private:
         if (count > kInline)
             overflow_.clear();
         maxDepth_ = std::max(maxDepth_, depth_ + 1);
-        if (nsSettled_)
+        // An element without attributes whose name has no prefix binds and
+        // uses nothing: most elements, and nothing to look at.
+        if (nsSettled_ && (count != 0 || !plainElement))
             nsSettled_ = namespacesHold(elementName, count);
         if (!empty) {
             ++depth_;
@@ -815,6 +820,7 @@ private:
     HNKXmlTextCheck::Namespaces* ns_;
     bool nsSettled_;
     bool prefixedElements_ = false;
+    bool plainName_ = false; // the last name read was ASCII without a colon
     size_t maxDepth_ = 0;
     Value values_[kInline];
     std::vector<Binding> bindings_;
