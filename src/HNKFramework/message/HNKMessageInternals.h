@@ -436,7 +436,7 @@ struct HNKMessageIterator::Draft {
         if (out.capacity() < need)
             out.reserve(std::max(need, 2 * out.capacity()));
         hnk_message_detail::ChunkOut o(out);
-        std::vector<size_t> names;
+        std::vector<std::pair<size_t, size_t>> names; // the open elements' names: offset, length
         names.reserve(16);
         bool startOpen = false;
         const char* base = ops.data();
@@ -450,7 +450,7 @@ struct HNKMessageIterator::Draft {
                     o.put('>');
                 o.put('<');
                 o.put(base + i, length);
-                names.push_back(i);
+                names.emplace_back(i, length);
                 startOpen = true;
                 i += length + 1;
                 break;
@@ -478,9 +478,8 @@ struct HNKMessageIterator::Draft {
                     o.put("/>", 2);
                     startOpen = false;
                 } else {
-                    const char* name = base + names.back();
                     o.put("</", 2);
-                    o.put(name, std::strlen(name));
+                    o.put(base + names.back().first, names.back().second);
                     o.put('>');
                 }
                 names.pop_back();
@@ -542,7 +541,16 @@ struct HNKMessageIterator::Draft {
 // document happens before the remaining one changes the tree in place or
 // deletes it.
 struct HNKMessageIterator::Tree {
-    pugi::xml_document xml;
+    // A pugixml document takes a 32 KB page for its first node. A message
+    // built in code holds little more than its root (its content is drafts),
+    // so its emptied document goes back to a small per-thread stock with
+    // that page, and the next such message starts from there instead of
+    // from the heap's top (which glibc would otherwise give back to the
+    // system and take again on every message).
+    std::unique_ptr<pugi::xml_document> held = spareDocument();
+    pugi::xml_document& xml = *held;
+    // Set once a text was parsed into `xml`: its buffer goes with the document.
+    bool parsed = false;
     // False while no element name can carry a prefix (the cursor creates
     // none; parsed or copied-in names may): then a child is found by its
     // exact name with pugixml's own walk instead of comparing local names.
@@ -588,7 +596,12 @@ struct HNKMessageIterator::Tree {
     {
         for (const Link& l : links)
             release(l.source);
+        if (!parsed)
+            keepSpare(held);
     }
+
+    static std::unique_ptr<pugi::xml_document> spareDocument();
+    static void keepSpare(std::unique_ptr<pugi::xml_document>& doc);
 
     static void release(Tree* t)
     {

@@ -10,6 +10,64 @@
 
 using namespace hnk_message_detail;
 
+namespace {
+
+// Emptied documents kept for reuse, with the page each still holds.
+struct SpareDocuments {
+    static const size_t kKept = 2;
+    // A document is only kept when it has few nodes: removing them is a walk
+    // over each, while destroying frees the pages at once.
+    static const size_t kMaxNodes = 64;
+    std::unique_ptr<pugi::xml_document> docs[kKept];
+    size_t count = 0;
+    ~SpareDocuments();
+};
+
+// Trees may outlive the stock (a static message ending after the thread's
+// objects): then they neither take from it nor give back.
+thread_local bool sparesGone = false;
+thread_local SpareDocuments spares;
+
+SpareDocuments::~SpareDocuments() { sparesGone = true; }
+
+bool fewNodes(xml_node top, size_t& budget)
+{
+    for (xml_node c = top.first_child(); c; c = c.next_sibling()) {
+        if (budget == 0)
+            return false;
+        --budget;
+        if (!fewNodes(c, budget))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::unique_ptr<pugi::xml_document> HNKMessageIterator::Tree::spareDocument()
+{
+    if (sparesGone)
+        return std::unique_ptr<pugi::xml_document>(new pugi::xml_document);
+    SpareDocuments& s = spares;
+    if (s.count > 0)
+        return std::move(s.docs[--s.count]);
+    return std::unique_ptr<pugi::xml_document>(new pugi::xml_document);
+}
+
+void HNKMessageIterator::Tree::keepSpare(std::unique_ptr<pugi::xml_document>& doc)
+{
+    if (sparesGone)
+        return;
+    SpareDocuments& s = spares;
+    size_t budget = SpareDocuments::kMaxNodes;
+    if (s.count == SpareDocuments::kKept || !fewNodes(*doc, budget))
+        return;
+    // pugixml frees every page the removed nodes emptied but the last one,
+    // which it keeps for the next nodes.
+    doc->remove_children();
+    s.docs[s.count++] = std::move(doc);
+}
+
 xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
 {
     const Tree& t = *doc_->tree;

@@ -290,6 +290,7 @@ int HNKMessageIterator::fromXML(const std::string& text)
     // itself instead of a child node: messages are mostly elements holding
     // one value, so the tree has half the nodes (faster to build, copy and
     // write, half the memory). textOf and setTextOf read and write it.
+    doc->tree->parsed = true;
     pugi::xml_parse_result result =
         doc->tree->xml.load_buffer(text.data(), text.size(), kParseOptions, pugi::encoding_utf8);
     if (!result) {
