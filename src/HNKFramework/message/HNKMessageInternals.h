@@ -215,6 +215,66 @@ inline void appendEscaped(std::string& out, const char* s, size_t n, const char*
 // the first look inside turns it into exactly the nodes the writes would
 // have made (Tree::realize). One cursor at a time may be inside a draft.
 struct HNKMessageIterator::Draft {
+    // A draft's log: bytes appended in small pieces. Unlike std::string, making
+    // room does not first zero what the caller is about to write over.
+    class Log {
+    public:
+        Log() = default;
+        Log(const Log& other) { *this = other; }
+        Log& operator=(const Log& other)
+        {
+            if (this != &other) {
+                size_ = 0;
+                append(other.data(), other.size());
+            }
+            return *this;
+        }
+
+        size_t size() const { return size_; }
+        const char* data() const { return buf_ ? buf_.get() : ""; }
+        char operator[](size_t i) const { return buf_[i]; }
+
+        // Room for `n` more bytes at the end, for the caller to fill.
+        char* grow(size_t n)
+        {
+            if (n > cap_ - size_)
+                reserve(std::max(size_ + n, 2 * cap_ + 64));
+            char* p = buf_.get() + size_;
+            size_ += n;
+            return p;
+        }
+        void append(const char* d, size_t n)
+        {
+            if (n != 0)
+                std::memcpy(grow(n), d, n);
+        }
+        Log& operator+=(char c)
+        {
+            *grow(1) = c;
+            return *this;
+        }
+        Log& operator+=(const char* s)
+        {
+            append(s, std::strlen(s));
+            return *this;
+        }
+        void reserve(size_t n)
+        {
+            if (n <= cap_)
+                return;
+            std::unique_ptr<char[]> bigger(new char[n]);
+            if (size_ != 0)
+                std::memcpy(bigger.get(), buf_.get(), size_);
+            buf_ = std::move(bigger);
+            cap_ = n;
+        }
+
+    private:
+        std::unique_ptr<char[]> buf_;
+        size_t size_ = 0;
+        size_t cap_ = 0;
+    };
+
     struct Level {
         bool startOpen = false; // no content yet: the start tag takes attributes
         bool stamped = false;
@@ -226,7 +286,7 @@ struct HNKMessageIterator::Draft {
         std::vector<size_t> slots;
     };
     static const size_t kIndexFrom = 16;
-    std::string ops;
+    Log ops;
     std::vector<Level> levels{1}; // [0]: the host; one more per open element
     size_t depth = 1;
     HNKMessageIterator* writer = nullptr; // the cursor inside, if any
@@ -340,8 +400,7 @@ struct HNKMessageIterator::Draft {
         const size_t at = ops.size();
         if (depth == 1)
             tops.emplace_back(at, std::string::npos);
-        ops.resize(at + length + 2);
-        char* p = &ops[at];
+        char* p = ops.grow(length + 2);
         *p = 'O';
         std::memcpy(p + 1, name, length);
         p[length + 1] = '\0';
@@ -359,9 +418,7 @@ struct HNKMessageIterator::Draft {
     {
         top().startOpen = false;
         hostText = hostText || depth == 1;
-        const size_t at = ops.size();
-        ops.resize(at + size + 2);
-        char* p = &ops[at];
+        char* p = ops.grow(size + 2);
         *p = 'T';
         std::memcpy(p + 1, value, size);
         p[size + 1] = '\0';
@@ -374,8 +431,7 @@ struct HNKMessageIterator::Draft {
         Level& l = top();
         l.startOpen = false;
         const size_t at = ops.size();
-        ops.resize(at + length + size + 5);
-        char* p = &ops[at];
+        char* p = ops.grow(length + size + 5);
         *p++ = 'O';
         std::memcpy(p, name, length);
         p += length;
