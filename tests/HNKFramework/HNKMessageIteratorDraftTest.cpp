@@ -263,3 +263,26 @@ TEST(HNKMessageIteratorDraftTest, AStampInANewNamespaceDeclaresItOnTheOutermostE
         it.ascend();
     });
 }
+
+// Draft text is escaped and copied a word at a time where it can be: every
+// length of value and name, with a character to escape (or a multi-byte one)
+// at every place, must come out as the nodes write it.
+TEST(HNKMessageIteratorDraftTest, ValuesAndNamesOfEveryLengthWriteAsTheNodesDo)
+{
+    const std::string specials[] = {"<", ">", "&", "\"", "'", "\r", "\t", "\n", "\x7F", "\xC3\xA9", "\xE2\x82\xAC"};
+    expectSame([&specials](HNKMessageIterator& it) {
+        for (size_t length = 0; length <= 40; ++length) {
+            const std::string name = "n" + std::string(length % 24, 'a');
+            const std::string plain(length, 'x');
+            ASSERT_EQ(0, it.putValue(name + "p", plain));
+            for (size_t at = 0; at < length; ++at)
+                for (const std::string& c : specials) {
+                    std::string v = plain;
+                    v.replace(at, 1, c);
+                    ASSERT_EQ(0, it.createChild("v"));
+                    ASSERT_EQ(0, it.putValue(name, v));
+                    it.ascend();
+                }
+        }
+    });
+}

@@ -526,3 +526,50 @@ TEST(HNKXmlTextCheckTest, UnusualNamespacesAreLeftToTheTreeCheck)
     EXPECT_NE(std::string::npos, getErrorMessage().find("duplicate attribute")) << getErrorMessage();
     EXPECT_EQ(0, it.fromXML("<r xmlns:p='urn:a'><p:e p:a='1'/></r>")) << getErrorMessage();
 }
+
+// Names are passed over a word at a time while they hold lowercase letters
+// and '_': a byte that ends or breaks a name must be seen wherever it stands,
+// and an end tag must match its start tag at every place.
+TEST(HNKXmlTextCheckTest, LongNamesAreCheckedAtEveryPlace)
+{
+    const std::string base = "abcdefghijklmnopqrstu_wxyzabcdef"; // 32 name bytes
+    const std::string fine[] = {"A", "Z", "0", "9", "-", ".", "_", "z", "a", "\xC3\xA9", "\xC2\xB7"};
+    const std::string broken[] = {"`", "{", "^", "@", "[", "~", "!", "\x7F", "\xC3\x97", "\x80"};
+    for (size_t length = 2; length <= base.size(); ++length) {
+        const std::string name = base.substr(0, length);
+        for (size_t at = 1; at < length; ++at) {
+            // The lexical check itself (the parser would refuse some of
+            // these on its own), then the whole of fromXML.
+            HNKXmlTextCheck::Error error;
+            for (const std::string& c : fine) {
+                std::string n = name;
+                n.replace(at, 1, c);
+                const std::string text = "<" + n + ">x</" + n + ">";
+                EXPECT_TRUE(HNKXmlTextCheck::check(text.data(), text.size(), error)) << text;
+                HNKMessageIterator it;
+                EXPECT_EQ(0, it.fromXML(text)) << text << ": " << getErrorMessage();
+            }
+            for (const std::string& c : broken) {
+                std::string n = name;
+                n.replace(at, 1, c);
+                const std::string text = "<" + n + ">x</" + n + ">";
+                EXPECT_FALSE(HNKXmlTextCheck::check(text.data(), text.size(), error)) << text;
+                HNKMessageIterator it;
+                EXPECT_EQ(-1, it.fromXML(text)) << text;
+            }
+            // An end tag differing in one byte is a mismatch.
+            std::string other = name;
+            other[at] = other[at] == 'q' ? 'r' : 'q';
+            HNKMessageIterator it;
+            EXPECT_EQ(-1, it.fromXML("<" + name + ">x</" + other + ">")) << name;
+            EXPECT_NE(std::string::npos, getErrorMessage().find("mismatch")) << getErrorMessage();
+        }
+    }
+    // Every length up to the end of the text, the name's last byte last.
+    for (size_t length = 1; length <= base.size(); ++length) {
+        HNKMessageIterator it;
+        const std::string name = base.substr(0, length);
+        EXPECT_EQ(0, it.fromXML("<" + name + "/>")) << name << ": " << getErrorMessage();
+        EXPECT_EQ(-1, it.fromXML("<" + name)) << name;
+    }
+}

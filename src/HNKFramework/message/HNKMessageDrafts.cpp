@@ -27,6 +27,11 @@ EscapeTable::EscapeTable()
             attribute[c] = held[c].c_str();
         if (held[128 + c] != one)
             text[c] = held[128 + c].c_str();
+        const bool passedOver = c >= 0x20 && c != '<' && c != '>' && c != '&' && c != '"';
+        if (passedOver && attribute[c])
+            attributeWordwise = false;
+        if (passedOver && text[c])
+            textWordwise = false;
     }
 }
 

@@ -5,6 +5,7 @@
 // everything declared here is hidden inside the library; the helpers a hot
 // path calls (names, lookups, escapes) are inline so that splitting the
 // cursor over several files costs no calls.
+#include "HNKByteInternals.h"
 #include "HNKMessageIterator.h"
 
 #include <pugixml.hpp>
@@ -78,15 +79,20 @@ inline bool isNameStart(char c) { return kTagChars.t[static_cast<unsigned char>(
 
 inline bool isNameChar(char c) { return kTagChars.t[static_cast<unsigned char>(c)] & TagChars::kChar; }
 
-inline bool isValidTag(const char* tag)
+// The length of `tag` when it is a name the cursor creates, else 0. One
+// loop measures and checks: the terminating NUL is no name character.
+inline size_t tagLength(const char* tag)
 {
-    if (!isNameStart(*tag))
-        return false;
-    for (++tag; *tag; ++tag)
-        if (!isNameChar(*tag))
-            return false;
-    return true;
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(tag);
+    if (!(kTagChars.t[p[0]] & TagChars::kStart))
+        return 0;
+    size_t n = 1;
+    while (kTagChars.t[p[n]] & TagChars::kChar)
+        ++n;
+    return p[n] == 0 ? n : 0;
 }
+
+inline bool isValidTag(const char* tag) { return tagLength(tag) != 0; }
 
 // Splits a QName; false when it is not prefix:local or local.
 inline bool splitQName(std::string_view qname, std::string_view& prefix, std::string_view& local)
@@ -125,6 +131,9 @@ struct EscapeTable {
     const char* text[128] = {};
     const char* attribute[128] = {};
     std::string held[256];
+    // Each table escapes no printable character but '<', '>', '&', '"'
+    // (ChunkOut::putEscaped may then pass over words).
+    bool textWordwise = true, attributeWordwise = true;
 
     EscapeTable();
 };
@@ -154,20 +163,28 @@ public:
                 return;
             }
         }
-        std::memcpy(buf_ + n_, d, size);
+        copyBytes(buf_ + n_, d, size);
         n_ += size;
     }
-    // Each ASCII byte with an entry in `table` written as that entry.
-    void putEscaped(const char* d, size_t size, const char* const* table)
+    // Each ASCII byte with an entry in `table` written as that entry. With
+    // `wordwise` (the table escapes nothing but control characters and
+    // '<', '>', '&', '"'), eight bytes at a time are passed over while none
+    // of them can need it.
+    void putEscaped(const char* d, size_t size, const char* const* table, bool wordwise)
     {
         const char* run = d;
-        const char* end = d + size;
-        for (; d < end; ++d) {
-            unsigned char c = static_cast<unsigned char>(*d);
-            if (c < 128 && table[c]) {
-                put(run, static_cast<size_t>(d - run));
-                put(table[c], std::strlen(table[c]));
-                run = d + 1;
+        const char* const end = d + size;
+        while (d < end) {
+            if (wordwise)
+                while (end - d >= 8 && !mayEscape(d))
+                    d += 8;
+            for (const char* stop = end - d > 8 ? d + 8 : end; d < stop; ++d) {
+                unsigned char c = static_cast<unsigned char>(*d);
+                if (c < 128 && table[c]) {
+                    put(run, static_cast<size_t>(d - run));
+                    put(table[c], std::strlen(table[c]));
+                    run = d + 1;
+                }
             }
         }
         put(run, static_cast<size_t>(end - run));
@@ -179,6 +196,20 @@ public:
     }
 
 private:
+    // Whether one of the eight bytes at `d` is below 0x20, from 0x80, or
+    // one of '<', '>', '&', '"'.
+    static bool mayEscape(const char* d)
+    {
+        const uint64_t ones = 0x0101010101010101ull, high = 0x8080808080808080ull;
+        uint64_t w;
+        std::memcpy(&w, d, 8);
+        auto has = [&](unsigned char b) {
+            const uint64_t v = w ^ (ones * b);
+            return (v - ones) & ~v & high;
+        };
+        return ((((w - 0x2020202020202020ull) | w) & high) | has('<') | has('>') | has('&') | has('"')) != 0;
+    }
+
     std::string& out_;
     size_t n_ = 0;
     char buf_[4096];
@@ -321,7 +352,7 @@ struct HNKMessageIterator::Draft {
 
     bool nameAt(size_t at, const char* name, size_t length) const
     {
-        return std::memcmp(ops.data() + at, name, length) == 0 && ops[at + length] == '\0';
+        return hnk_message_detail::sameBytes(ops.data() + at, name, length) && ops[at + length] == '\0';
     }
 
     // Whether the element under the writer has a child with this name.
@@ -402,7 +433,7 @@ struct HNKMessageIterator::Draft {
             tops.emplace_back(at, std::string::npos);
         char* p = ops.grow(length + 2);
         *p = 'O';
-        std::memcpy(p + 1, name, length);
+        hnk_message_detail::copyBytes(p + 1, name, length);
         p[length + 1] = '\0';
         if (levels.size() == depth)
             levels.emplace_back();
@@ -420,7 +451,7 @@ struct HNKMessageIterator::Draft {
         hostText = hostText || depth == 1;
         char* p = ops.grow(size + 2);
         *p = 'T';
-        std::memcpy(p + 1, value, size);
+        hnk_message_detail::copyBytes(p + 1, value, size);
         p[size + 1] = '\0';
     }
 
@@ -433,11 +464,11 @@ struct HNKMessageIterator::Draft {
         const size_t at = ops.size();
         char* p = ops.grow(length + size + 5);
         *p++ = 'O';
-        std::memcpy(p, name, length);
+        hnk_message_detail::copyBytes(p, name, length);
         p += length;
         *p++ = '\0';
         *p++ = 'T';
-        std::memcpy(p, value, size);
+        hnk_message_detail::copyBytes(p, value, size);
         p += size;
         *p++ = '\0';
         *p = 'C';
@@ -516,7 +547,7 @@ struct HNKMessageIterator::Draft {
                 o.put("=\"", 2);
                 i += length + 1;
                 size_t valueLength = std::strlen(base + i);
-                o.putEscaped(base + i, valueLength, esc.attribute);
+                o.putEscaped(base + i, valueLength, esc.attribute, esc.attributeWordwise);
                 o.put('"');
                 i += valueLength + 1;
                 break;
@@ -526,7 +557,7 @@ struct HNKMessageIterator::Draft {
                     o.put('>');
                     startOpen = false;
                 }
-                o.putEscaped(base + i, length, esc.text);
+                o.putEscaped(base + i, length, esc.text, esc.textWordwise);
                 i += length + 1;
                 break;
             default: // 'C'
@@ -813,32 +844,130 @@ struct HNKMessageIterator::Document {
     }
 };
 
-// Per cursor: the element children of one element by local name, and the
-// namespace scope of one element (prefixes resolved there, the last type
+// Per cursor: the element children of the last two elements looked into, by
+// local name, and the namespace scope of one element (prefixes resolved there, the last type
 // stamp given to a child). Records gets and puts ask an element for a dozen
 // children by name and stamp list items alike, so without these each lookup
 // is a scan of the children and each stamp a walk over the ancestors.
 struct HNKMessageIterator::Caches {
-    // Beyond this many children the index is not built: a scan finds the
-    // first of a list of many items at once, and nobody asks a list for
-    // several names.
-    static const size_t kMaxIndexed = 256;
-    struct Entry {
-        uint64_t head; // the first (up to) 8 bytes of the name
-        size_t length;
-        const char* name;
-        pugi::xml_node_struct* node;
+    // The element children of one element by local name.
+    struct ChildIndex {
+        // Beyond this many children the index is not built: a scan finds the
+        // first of a list of many items at once, and nobody asks a list for
+        // several names.
+        static const size_t kMaxIndexed = 256;
+        struct Entry {
+            // Built in place: a temporary copied in would be written in words
+            // and read back in halves, which stalls the store forwarding.
+            Entry(uint64_t h, size_t l, const char* n, pugi::xml_node_struct* x) : head(h), length(l), name(n), node(x) {}
+            uint64_t head; // the first (up to) 8 bytes of the name
+            size_t length;
+            const char* name;
+            pugi::xml_node_struct* node;
+        };
+
+        unsigned long long serial = 0;
+        pugi::xml_node_struct* parent = nullptr;
+        unsigned long gen = 0;
+        bool indexed = false; // false: too many children, scanned instead
+        std::vector<Entry> entries; // the first child of each local name
+        // Open addressing over `entries`: slot = entry index + 1, 0 empty; a
+        // power of two at least twice the entries, so a miss (a writer asking
+        // for a child it is about to append) ends on an empty slot at once.
+        std::vector<uint16_t> slots = std::vector<uint16_t>(32);
+
+        bool holds(unsigned long long s, pugi::xml_node_struct* p, unsigned long g) const
+        {
+            return serial == s && parent == p && gen == g;
+        }
+
+        // With the length, the whole of a name up to 8 bytes: fixed-size
+        // loads (two overlapping ones from 4 to 7 bytes).
+        static uint64_t headOf(const char* name, size_t length)
+        {
+            uint64_t h = 0;
+            if (length >= 8) {
+                std::memcpy(&h, name, 8);
+            } else if (length >= 4) {
+                uint32_t first, last;
+                std::memcpy(&first, name, 4);
+                std::memcpy(&last, name + length - 4, 4);
+                h = first | static_cast<uint64_t>(last) << 32;
+            } else {
+                for (size_t i = 0; i < length; ++i)
+                    h |= static_cast<uint64_t>(static_cast<unsigned char>(name[i])) << (8 * i);
+            }
+            return h;
+        }
+
+        static size_t hashOf(uint64_t head, size_t length)
+        {
+            uint64_t x = (head ^ (length * 0x9E3779B97F4A7C15ull)) * 0xFF51AFD7ED558CCDull;
+            return static_cast<size_t>(x >> 40);
+        }
+
+        static bool same(const Entry& e, uint64_t head, size_t length, const char* name)
+        {
+            return e.head == head && e.length == length &&
+                   (length <= 8 || hnk_message_detail::sameBytes(e.name + 8, name + 8, length - 8));
+        }
+
+        void clear()
+        {
+            entries.clear();
+            if (slots.size() > 32)
+                slots.assign(32, 0);
+            else
+                std::fill(slots.begin(), slots.end(), 0);
+        }
+
+        pugi::xml_node_struct* find(const char* tag, size_t length) const
+        {
+            const uint64_t h = headOf(tag, length);
+            const size_t mask = slots.size() - 1;
+            for (size_t i = hashOf(h, length) & mask;; i = (i + 1) & mask) {
+                const uint16_t s = slots[i];
+                if (s == 0)
+                    return nullptr;
+                if (same(entries[s - 1], h, length, tag))
+                    return entries[s - 1].node;
+            }
+        }
+
+        // False when the index grew too large (then it is dropped).
+        bool add(const char* name, pugi::xml_node_struct* node)
+        {
+            const size_t length = std::strlen(name);
+            const uint64_t h = headOf(name, length);
+            if (2 * (entries.size() + 1) > slots.size()) {
+                if (entries.size() >= kMaxIndexed) {
+                    indexed = false;
+                    clear();
+                    return false;
+                }
+                slots.assign(2 * slots.size(), 0);
+                for (size_t k = 0; k < entries.size(); ++k) {
+                    size_t i = hashOf(entries[k].head, entries[k].length) & (slots.size() - 1);
+                    while (slots[i] != 0)
+                        i = (i + 1) & (slots.size() - 1);
+                    slots[i] = static_cast<uint16_t>(k + 1);
+                }
+            }
+            const size_t mask = slots.size() - 1;
+            size_t i = hashOf(h, length) & mask;
+            for (; slots[i] != 0; i = (i + 1) & mask)
+                if (same(entries[slots[i] - 1], h, length, name))
+                    return true; // the first child of a name stays the one found
+            entries.emplace_back(h, length, name, node);
+            slots[i] = static_cast<uint16_t>(entries.size());
+            return true;
+        }
     };
 
-    unsigned long long indexSerial = 0;
-    pugi::xml_node_struct* indexParent = nullptr;
-    unsigned long indexGen = 0;
-    bool indexed = false; // false: too many children, scanned instead
-    std::vector<Entry> entries; // the first child of each local name
-    // Open addressing over `entries`: slot = entry index + 1, 0 empty; a
-    // power of two at least twice the entries, so a miss (a writer asking
-    // for a child it is about to append) ends on an empty slot at once.
-    std::vector<uint16_t> slots = std::vector<uint16_t>(32);
+    // Two elements' indexes: a reader going from a record's root into one of
+    // its lists and back finds the root's index still there.
+    ChildIndex index[2];
+    unsigned char lastIndex = 0; // the one used last
 
     unsigned long long scopeSerial = 0;
     pugi::xml_node_struct* scopeElement = nullptr;
@@ -856,83 +985,4 @@ struct HNKMessageIterator::Caches {
     std::vector<std::pair<const char*, const char*>> copyMissing;
     const char* copyTargetDefault = nullptr;
     const char* copyParentDefault = nullptr;
-
-    // With the length, the whole of a name up to 8 bytes: fixed-size loads
-    // (two overlapping ones from 4 to 7 bytes).
-    static uint64_t headOf(const char* name, size_t length)
-    {
-        uint64_t h = 0;
-        if (length >= 8) {
-            std::memcpy(&h, name, 8);
-        } else if (length >= 4) {
-            uint32_t first, last;
-            std::memcpy(&first, name, 4);
-            std::memcpy(&last, name + length - 4, 4);
-            h = first | static_cast<uint64_t>(last) << 32;
-        } else {
-            for (size_t i = 0; i < length; ++i)
-                h |= static_cast<uint64_t>(static_cast<unsigned char>(name[i])) << (8 * i);
-        }
-        return h;
-    }
-
-    static size_t hashOf(uint64_t head, size_t length)
-    {
-        uint64_t x = (head ^ (length * 0x9E3779B97F4A7C15ull)) * 0xFF51AFD7ED558CCDull;
-        return static_cast<size_t>(x >> 40);
-    }
-
-    void clear()
-    {
-        entries.clear();
-        if (slots.size() > 32)
-            slots.assign(32, 0);
-        else
-            std::fill(slots.begin(), slots.end(), 0);
-    }
-
-    pugi::xml_node_struct* find(const char* tag, size_t length) const
-    {
-        const uint64_t h = headOf(tag, length);
-        const size_t mask = slots.size() - 1;
-        for (size_t i = hashOf(h, length) & mask;; i = (i + 1) & mask) {
-            const uint16_t s = slots[i];
-            if (s == 0)
-                return nullptr;
-            const Entry& e = entries[s - 1];
-            if (e.head == h && e.length == length && (length <= 8 || std::memcmp(e.name + 8, tag + 8, length - 8) == 0))
-                return e.node;
-        }
-    }
-
-    // False when the index grew too large (then it is dropped).
-    bool add(const char* name, pugi::xml_node_struct* node)
-    {
-        const size_t length = std::strlen(name);
-        const uint64_t h = headOf(name, length);
-        if (2 * (entries.size() + 1) > slots.size()) {
-            if (entries.size() >= kMaxIndexed) {
-                indexed = false;
-                clear();
-                return false;
-            }
-            slots.assign(2 * slots.size(), 0);
-            for (size_t k = 0; k < entries.size(); ++k) {
-                size_t i = hashOf(entries[k].head, entries[k].length) & (slots.size() - 1);
-                while (slots[i] != 0)
-                    i = (i + 1) & (slots.size() - 1);
-                slots[i] = static_cast<uint16_t>(k + 1);
-            }
-        }
-        const size_t mask = slots.size() - 1;
-        size_t i = hashOf(h, length) & mask;
-        for (; slots[i] != 0; i = (i + 1) & mask) {
-            const Entry& e = entries[slots[i] - 1];
-            if (e.head == h && e.length == length && (length <= 8 || std::memcmp(e.name + 8, name + 8, length - 8) == 0))
-                return true; // the first child of a name stays the one found
-        }
-        entries.push_back(Entry{h, length, name, node});
-        slots[i] = static_cast<uint16_t>(entries.size());
-        return true;
-    }
 };

@@ -74,19 +74,26 @@ xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
     if (!caches_)
         caches_.reset(new Caches);
     Caches& c = *caches_;
-    if (c.indexSerial != t.serial || c.indexParent != node_ || c.indexGen != t.childGen) {
-        c.indexSerial = t.serial;
-        c.indexParent = node_;
-        c.indexGen = t.childGen;
-        c.clear();
-        c.indexed = true;
-        for (xml_node ch = nodeOf(node_).first_child(); ch; ch = ch.next_sibling())
-            if (ch.type() == pugi::node_element &&
-                !c.add(t.prefixedNames ? localName(ch.name()) : ch.name(), ch.internal_object()))
-                break;
+    unsigned k = c.lastIndex;
+    if (!c.index[k].holds(t.serial, node_, t.childGen)) {
+        k ^= 1;
+        c.lastIndex = static_cast<unsigned char>(k);
+        Caches::ChildIndex& ix = c.index[k];
+        if (!ix.holds(t.serial, node_, t.childGen)) {
+            ix.serial = t.serial;
+            ix.parent = node_;
+            ix.gen = t.childGen;
+            ix.clear();
+            ix.indexed = true;
+            for (xml_node ch = nodeOf(node_).first_child(); ch; ch = ch.next_sibling())
+                if (ch.type() == pugi::node_element &&
+                    !ix.add(t.prefixedNames ? localName(ch.name()) : ch.name(), ch.internal_object()))
+                    break;
+        }
     }
-    if (c.indexed)
-        return c.find(tag, std::strlen(tag));
+    const Caches::ChildIndex& ix = c.index[k];
+    if (ix.indexed)
+        return ix.find(tag, std::strlen(tag));
     xml_node parent = nodeOf(node_);
     if (!t.prefixedNames) {
         for (xml_node ch = parent.child(tag); ch; ch = ch.next_sibling(tag))
@@ -106,10 +113,12 @@ void HNKMessageIterator::noteCreated(xml_node_struct* parent, xml_node_struct* c
     const unsigned long before = t.childGen++;
     if (!caches_)
         return;
-    Caches& c = *caches_;
-    if (c.indexed && c.indexSerial == t.serial && c.indexParent == parent && c.indexGen == before &&
-        c.add(nodeOf(child).name(), child)) // created names carry no prefix
-        c.indexGen = t.childGen;
+    // The parent's index (if any) takes the new child; the other one is
+    // stale now, as the tree's child generation moved on.
+    for (Caches::ChildIndex& ix : caches_->index)
+        if (ix.indexed && ix.holds(t.serial, parent, before) &&
+            ix.add(nodeOf(child).name(), child)) // created names carry no prefix
+            ix.gen = t.childGen;
 }
 
 HNKMessageIterator::Caches& HNKMessageIterator::scopeCache(xml_node_struct* scope) const
@@ -350,7 +359,7 @@ int HNKMessageIterator::createChild(int id)
         setErrorMessage("HNKMessageIterator: unknown element ID %d", id);
         return -1;
     }
-    return appendElement(name);
+    return appendElement(name, std::strlen(name));
 }
 
 int HNKMessageIterator::createChild(const char* tag)
@@ -358,17 +367,18 @@ int HNKMessageIterator::createChild(const char* tag)
     if (!node_ || !tag || !*tag)
         return -1;
     changing();
-    if (!isValidTag(tag)) {
+    const size_t length = tagLength(tag);
+    if (length == 0) {
         setErrorMessage("HNKMessageIterator: invalid element name '%s'", tag);
         return -1;
     }
-    return appendElement(tag);
+    return appendElement(tag, length);
 }
 
-int HNKMessageIterator::appendElement(const char* name)
+int HNKMessageIterator::appendElement(const char* name, size_t length)
 {
     if (Draft* d = draftHere()) {
-        d->open(name, std::strlen(name));
+        d->open(name, length);
         d->writer = this;
         draft_ = d;
         return 0;

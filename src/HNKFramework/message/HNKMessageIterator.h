@@ -263,8 +263,9 @@ private:
     pugi::xml_node_struct* target(const char* tag) const;
     template <class ID, class T>
     int getNumber(ID id, T& out) const;
+    // `plain`: the value is known to hold only characters XML carries.
     template <class ID>
-    int putText(ID id, const char* value, size_t size);
+    int putText(ID id, const char* value, size_t size, bool plain = false);
     template <class ID, class T>
     int putNumber(ID id, T value);
     template <class ID>
@@ -291,9 +292,10 @@ private:
     pugi::xml_node_struct* indexedChild(const char* tag) const;
     // After this cursor appended element `child` under `parent`.
     void noteCreated(pugi::xml_node_struct* parent, pugi::xml_node_struct* child);
-    // createChild's common end: appends element `name` (checked, the tree
-    // already this document's own) to the draft or the nodes and moves there.
-    __attribute__((visibility("hidden"))) int appendElement(const char* name);
+    // createChild's common end: appends element `name` of `length` bytes
+    // (checked, the tree already this document's own) to the draft or the
+    // nodes and moves there.
+    __attribute__((visibility("hidden"))) int appendElement(const char* name, size_t length);
     // removeChild's common end: removes child element `c` (nullptr: -1) of
     // the element under the cursor, the tree already this document's own.
     __attribute__((visibility("hidden"))) int removeElement(pugi::xml_node_struct* c);

@@ -158,11 +158,11 @@ int HNKMessageIterator::getNumber(ID id, T& out) const
 }
 
 template <class ID>
-int HNKMessageIterator::putText(ID id, const char* value, size_t size)
+int HNKMessageIterator::putText(ID id, const char* value, size_t size, bool plain)
 {
     if (!node_)
         return -1;
-    if (HNKXmlTextCheck::findInvalidChar(value, size) >= 0) {
+    if (!plain && HNKXmlTextCheck::findInvalidChar(value, size) >= 0) {
         char buf[16];
         setErrorMessage("HNKMessageIterator: the value for element ID %s is not UTF-8 or holds a character "
                         "XML cannot carry",
@@ -178,10 +178,10 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size)
             name = id == 0 ? "" : HNKElementDictionary::findName(id);
         else
             name = id ? id : "";
-        Draft* here = name && (*name || draft_) && (!*name || isValidTag(name)) ? draftHere() : nullptr;
+        const size_t length = name ? tagLength(name) : 0;
+        Draft* here = name && (*name || draft_) && (!*name || length != 0) ? draftHere() : nullptr;
         if (here) {
             Draft& d = *here;
-            size_t length = std::strlen(name);
             if (!*name) {
                 Draft::Level& level = d.top();
                 if (level.startOpen) {
@@ -214,7 +214,7 @@ int HNKMessageIterator::putNumber(ID id, T value)
 {
     char buf[24];
     std::to_chars_result r = std::to_chars(buf, buf + sizeof buf, value);
-    return putText(id, buf, static_cast<size_t>(r.ptr - buf));
+    return putText(id, buf, static_cast<size_t>(r.ptr - buf), true); // digits and '-'
 }
 
 template <class ID>
@@ -304,11 +304,11 @@ int HNKMessageIterator::getValueBase64(const char* tag, std::string& out) const 
 int HNKMessageIterator::putValueBase64(int id, const std::string& value)
 {
     std::string encoded = Base64::encode(value);
-    return putText(id, encoded.data(), encoded.size());
+    return putText(id, encoded.data(), encoded.size(), true);
 }
 
 int HNKMessageIterator::putValueBase64(const char* tag, const std::string& value)
 {
     std::string encoded = Base64::encode(value);
-    return putText(tag, encoded.data(), encoded.size());
+    return putText(tag, encoded.data(), encoded.size(), true);
 }

@@ -1,5 +1,7 @@
 #include "HNKXmlTextCheck.h"
 
+#include "HNKByteInternals.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -44,6 +46,26 @@ inline const uchar* skipPlain(const uchar* p, const uchar* end)
         uint64_t marks = (((w - kSpaces) | w) & kHigh) | hasByte(w, A) | hasByte(w, B) | hasByte(w, C);
         if (marks != 0)
             return p + (__builtin_ctzll(marks) >> 3);
+        p += 8;
+    }
+    return p;
+}
+
+// Skips eight bytes at a time while each is a lowercase ASCII letter or '_'
+// (most names are nothing else), stopping on the first other byte; the
+// last seven bytes or fewer are left to the caller.
+inline const uchar* skipLowerName(const uchar* p, const uchar* end)
+{
+    while (end - p >= 8) {
+        const uint64_t w = load8(p);
+        // Per byte, the top bit: from 'a' (0x61), up to 'z' (0x7A), ASCII;
+        // no borrow crosses a byte in either subtraction.
+        const uint64_t lower = ((w | kHigh) - 0x6161616161616161ull) & (0xFAFAFAFAFAFAFAFAull - w) & ~w & kHigh;
+        const uint64_t v = w ^ 0x5F5F5F5F5F5F5F5Full; // zero where '_'
+        const uint64_t underscore = ~(((v & 0x7F7F7F7F7F7F7F7Full) + 0x7F7F7F7F7F7F7F7Full) | v) & kHigh;
+        const uint64_t other = ~(lower | underscore) & kHigh;
+        if (other != 0)
+            return p + (__builtin_ctzll(other) >> 3);
         p += 8;
     }
     return p;
@@ -204,7 +226,7 @@ private:
         // (A local cursor: p_ is a member, and a byte read may alias it, so
         // the loop would store it at every step.)
         if (p_ < end_ && (kNames.t[*p_] & kStart)) {
-            const uchar* q = p_ + 1;
+            const uchar* q = skipLowerName(p_ + 1, end_);
             const uchar* const end = end_;
             while (q < end && (kNames.t[*q] & kChar))
                 ++q;
@@ -451,7 +473,9 @@ private:
             nsSettled_ = namespacesHold(elementName, count);
         if (!empty) {
             ++depth_;
-            open_.push_back(elementName);
+            // Built in place from the two words (a copy of the view made on the
+            // stack is read back in one load that store forwarding cannot serve).
+            open_.emplace_back(elementName.data(), elementName.size());
         } else {
             leaveScope();
         }
@@ -615,7 +639,7 @@ private:
         std::string_view expected = open_.back();
         open_.pop_back();
         if (static_cast<size_t>(end_ - p_) > expected.size() + 2 && p_[2 + expected.size()] == '>' &&
-            std::memcmp(p_ + 2, expected.data(), expected.size()) == 0) {
+            hnk_message_detail::sameBytes(reinterpret_cast<const char*>(p_ + 2), expected.data(), expected.size())) {
             p_ += expected.size() + 3;
             --depth_;
             if (!bindings_.empty())
