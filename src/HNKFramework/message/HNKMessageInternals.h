@@ -75,10 +75,6 @@ struct TagChars {
 };
 inline constexpr TagChars kTagChars{};
 
-inline bool isNameStart(char c) { return kTagChars.t[static_cast<unsigned char>(c)] & TagChars::kStart; }
-
-inline bool isNameChar(char c) { return kTagChars.t[static_cast<unsigned char>(c)] & TagChars::kChar; }
-
 // The length of `tag` when it is a name the cursor creates, else 0. One
 // loop measures and checks: the terminating NUL is no name character.
 inline size_t tagLength(const char* tag)
