@@ -103,6 +103,11 @@ protected:
     int putElement(const T& value, const char* tag)
     {
         initMsg();
+        // Without an older element (a fresh record being filled) a put by
+        // name appends the element with its value in one step, and refuses a
+        // value XML cannot carry before it appends anything.
+        if (!msg_.hasChild(tag))
+            return msg_.putValue(tag, value);
         int older = 0;
         if (msg_.firstChild(tag) == 0) {
             do

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 using namespace HNR;
 
@@ -133,6 +135,22 @@ TEST(HNREnvConfigSetterTest, ValueXmlCannotCarryIsRefusedAndThePreviousValueStay
     EXPECT_EQ(-1, empty.setIcon("\x03"));
     std::string s;
     EXPECT_EQ(-1, empty.getIcon(s));
+}
+
+TEST(HNREnvConfigSetterTest, SetOfAnAbsentElementOfAReadMessageAppendsItOrLeavesNothing)
+{
+    boost::shared_ptr<HNREnvConfig> c = configFrom("<icon>a</icon><name>x</name>");
+    ASSERT_TRUE(c);
+    EXPECT_EQ(-1, c->setHomePath(std::string("\x01")));
+    EXPECT_EQ(0, count(*c, "home_path"));
+    EXPECT_EQ(0, c->setHomePath("/new"));
+    EXPECT_EQ(0, c->setCPUCount(4));
+    std::vector<std::string_view> names;
+    EXPECT_EQ(0, c->getMsg()->childNames(names));
+    EXPECT_EQ((std::vector<std::string_view>{"icon", "name", "home_path", "cpu_count"}), names);
+    std::string s;
+    EXPECT_EQ(0, c->getHomePath(s));
+    EXPECT_EQ("/new", s);
 }
 
 } // namespace
