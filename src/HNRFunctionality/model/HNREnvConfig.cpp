@@ -3,23 +3,17 @@
 #include "frame/HNRConstants.h"
 
 #include "HNKEnvCoreBasic.h"
-#include "HNKLock.h"
 #include "HNKSerialization.h"
 
 #include <array>
-#include <atomic>
-#include <unordered_map>
+#include <cstddef>
+#include <cstdint>
 
 namespace HNR {
 
 const char kVMMemoryTag[] = "vm_memory";
 
 namespace {
-
-// Guards the first fill of the tag position map.
-HNKLock tagPositionsLock;
-// Set (release) once the map is filled; read (acquire) before any lookup.
-std::atomic<bool> tagPositionsFilled(false);
 
 // One row of the settings table, as values.
 struct SettingRow {
@@ -83,31 +77,80 @@ static_assert(tagOrderIsDense(), "the settings' places fill the 58 entries of th
 
 constexpr TagOrder kTagOrder = buildTagOrder();
 
-// Hashed: the configuration's writer asks it for every child it writes.
-typedef std::unordered_map<std::string, int> TagPositions;
-
-// Created on first use; destroyed at exit (or unload).
-TagPositions& tagPositions()
+// Length and (up to) the first and last eight bytes of a tag, mixed: the
+// tags of the table differ there. Computed alike at compile time and at run
+// time.
+constexpr uint64_t tagKey(const char* tag, size_t length)
 {
-    static TagPositions positions;
-    return positions;
-}
-
-const TagPositions& filledTagPositions()
-{
-    TagPositions& shared = tagPositions();
-    if (!tagPositionsFilled.load(std::memory_order_acquire)) {
-        TagPositions local;
-        for (int i = 0; i < kTagOrderSize; ++i)
-            local[kTagOrder[i]] = i; // a later duplicate overwrites an earlier one
-        HNKGuardT<HNKLock> guard(tagPositionsLock);
-        if (shared.empty()) {
-            shared.swap(local);
-            tagPositionsFilled.store(true, std::memory_order_release);
-        } // else another thread filled it meanwhile: drop ours
+    uint64_t first = 0, last = 0;
+    for (size_t i = 0; i < 8 && i < length; ++i) {
+        first |= static_cast<uint64_t>(static_cast<unsigned char>(tag[i])) << (8 * i);
+        last |= static_cast<uint64_t>(static_cast<unsigned char>(tag[length - 1 - i])) << (8 * i);
     }
-    return shared;
+    uint64_t h = (first * 0x9E3779B97F4A7C15ull) ^ (last * 0xC2B2AE3D27D4EB4Full) ^ (length * 0x165667B19E3779F9ull);
+    h ^= h >> 29;
+    return h * 0xFF51AFD7ED558CCDull;
 }
+
+constexpr size_t tagLength(const char* tag)
+{
+    size_t n = 0;
+    while (tag[n] != '\0')
+        ++n;
+    return n;
+}
+
+constexpr bool sameTag(const char* a, const char* b, size_t length)
+{
+    for (size_t i = 0; i < length; ++i)
+        if (a[i] != b[i])
+            return false;
+    return true;
+}
+
+// The tag order table by tag, built at compile time (nothing to fill or
+// guard at run time): open addressing over a power of two more than twice
+// the tags, each slot the position, -1 empty. The configuration's writer
+// asks it for every child it writes.
+constexpr size_t kPositionSlots = 128;
+struct TagPositions {
+    std::array<signed char, kPositionSlots> slot{};
+    std::array<size_t, kTagOrderSize> length{};
+};
+
+constexpr TagPositions buildTagPositions()
+{
+    TagPositions t{};
+    for (signed char& s : t.slot)
+        s = -1;
+    for (int i = 0; i < kTagOrderSize; ++i)
+        t.length[i] = tagLength(kTagOrder[i]);
+    for (int i = 0; i < kTagOrderSize; ++i) {
+        const size_t n = t.length[i];
+        size_t k = tagKey(kTagOrder[i], n) & (kPositionSlots - 1);
+        for (; t.slot[k] >= 0; k = (k + 1) & (kPositionSlots - 1))
+            if (t.length[t.slot[k]] == n && sameTag(kTagOrder[t.slot[k]], kTagOrder[i], n))
+                break; // a later duplicate takes the place of the earlier one
+        t.slot[k] = static_cast<signed char>(i);
+    }
+    return t;
+}
+
+constexpr TagPositions kTagPositions = buildTagPositions();
+
+constexpr int positionOf(const char* tag, size_t length)
+{
+    for (size_t k = tagKey(tag, length) & (kPositionSlots - 1); kTagPositions.slot[k] >= 0;
+         k = (k + 1) & (kPositionSlots - 1)) {
+        const int p = kTagPositions.slot[k];
+        if (kTagPositions.length[p] == length && sameTag(kTagOrder[p], tag, length))
+            return p;
+    }
+    return -1;
+}
+static_assert(positionOf("memory_size", 11) == 0 && positionOf("use_default_answers", 19) == 55 &&
+                  positionOf("cpu_limit", 9) == -1,
+              "the tag positions hold the table, the later place of a duplicate");
 
 const int kOfflineManagementEnabledID = 1647;
 const int kOfflineServiceItem = 1747;
@@ -310,9 +353,7 @@ int HNREnvConfig::setDevices(const HNKOptionalProperty<HNRVMDeviceList>& devices
 
 int HNREnvConfig::getPositionOfTheTag(const std::string& tag) const
 {
-    const TagPositions& positions = filledTagPositions();
-    auto found = positions.find(tag);
-    return found == positions.end() ? -1 : found->second;
+    return positionOf(tag.data(), tag.size());
 }
 
 int HNREnvConfig::compare(const HNREnvConfig& other) const

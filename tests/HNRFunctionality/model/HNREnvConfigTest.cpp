@@ -254,6 +254,12 @@ TEST(HNREnvConfigTest, TagPositionsFollowTheTableWithTheDuplicate)
     EXPECT_EQ(45, c.getPositionOfTheTag("disabled"));
     EXPECT_EQ(56, c.getPositionOfTheTag("tools_autoupdate_enabled"));
     EXPECT_EQ(-1, c.getPositionOfTheTag(""));
+    // Near misses: a prefix, a longer name, an embedded NUL, and a name that
+    // shares its length and first and last eight bytes with a tag.
+    EXPECT_EQ(-1, c.getPositionOfTheTag("memory_siz"));
+    EXPECT_EQ(-1, c.getPositionOfTheTag("memory_sizes"));
+    EXPECT_EQ(-1, c.getPositionOfTheTag(std::string("memory_size\0", 12)));
+    EXPECT_EQ(-1, c.getPositionOfTheTag("use_defaXlt_answers"));
     EXPECT_EQ(-1, c.getPositionOfTheTag("name"));
     // No tag has position 54.
     for (const char* tag : {"memory_size", "is_template", "use_default_answers", "tools_autoupdate_enabled"})
