@@ -3,6 +3,7 @@
 // configuration through the registry, read every setting and device with the
 // typed accessors, write a new configuration with the typed setters, write it
 // through its factory and serialize. And the same text through pugixml alone.
+#include "BenchCpuTime.h"
 #include "model/HNREnvConfig.h"
 
 #include "HNKMessageIterator.h"
@@ -37,31 +38,65 @@ struct RequestValues {
     HNKOptionalProperty<HNR::HNRVMDeviceList> devices;
 };
 
+// CPU time of each step of the round trip, summed over the runs given it:
+// where the time goes, for `bench_message --steps`. The clock is read
+// between steps only when asked to.
+struct Steps {
+    enum Step { Parse, ReadRecord, Settings, Devices, SetSettings, SetDevices, WriteRecord, Serialize, Release, kCount };
+    static const char* name(int s)
+    {
+        static const char* const names[kCount] = {"fromXML (check + parse)", "registry read", "getters",
+                                                  "getDevices",              "setters",       "setDevices",
+                                                  "registry write",          "toXML",         "release"};
+        return names[s];
+    }
+    double seconds[kCount] = {};
+    double last = 0;
+    void start() { last = cpuSeconds(); }
+    void end(Step s)
+    {
+        const double now = cpuSeconds();
+        seconds[s] += now - last;
+        last = now;
+    }
+};
+
 // Returns the serialized text; throws on any failed step. With
 // `releaseRequest` the request (message and record read from it) is dropped
 // once everything has been read, before the answer is built, as a caller that
-// no longer needs it would.
-inline std::string roundTrip(const std::string& text, bool releaseRequest = false)
+// no longer needs it would. With `steps`, each step's CPU time is added there.
+inline std::string roundTrip(const std::string& text, bool releaseRequest = false, Steps* steps = nullptr)
 {
     using namespace HNR;
+    const auto done = [steps](Steps::Step s) {
+        if (steps)
+            steps->end(s);
+    };
+    if (steps)
+        steps->start();
     std::unique_ptr<HNKMessageIterator> it(new HNKMessageIterator);
     if (it->fromXML(text) != 0)
         throw std::runtime_error("parse");
+    done(Steps::Parse);
     boost::shared_ptr<HNKEnvConfig> base;
     if (HNKReaderDerived<HNKEnvConfig>(false)(*it, base) != 0)
         throw std::runtime_error("read");
     const HNREnvConfig& in = dynamic_cast<const HNREnvConfig&>(*base);
+    done(Steps::ReadRecord);
 
     RequestValues v;
 #define HNR_GET(Get, Set, T) v.Get##Status = in.Get(v.Get##Value);
     HNR_BENCH_SETTINGS(HNR_GET)
 #undef HNR_GET
     v.servicesStatus = in.getOfflineServices(v.services);
+    done(Steps::Settings);
     if (in.getDevices(v.devices) != 0)
         throw std::runtime_error("devices");
+    done(Steps::Devices);
     if (releaseRequest) {
         base.reset();
         it.reset();
+        done(Steps::Release);
     }
 
     boost::shared_ptr<HNREnvConfig> out(new HNREnvConfig(boost::shared_ptr<HNKEnvCoreBasic>()));
@@ -72,13 +107,18 @@ inline std::string roundTrip(const std::string& text, bool releaseRequest = fals
 #undef HNR_SET
     if (v.servicesStatus == 0)
         out->setOfflineServices(v.services);
+    done(Steps::SetSettings);
     if (out->setDevices(v.devices) != 0)
         throw std::runtime_error("set devices");
+    done(Steps::SetDevices);
 
     HNKMessageIterator written("configuration");
     if (written.putObject(boost::shared_ptr<HNKEnvConfig>(out), HNKWriterDerived<HNKEnvConfig>()) != 0)
         throw std::runtime_error("write");
-    return written.toXML();
+    done(Steps::WriteRecord);
+    std::string result = written.toXML();
+    done(Steps::Serialize);
+    return result;
 }
 
 struct StringWriter : pugi::xml_writer {
