@@ -60,36 +60,32 @@ void printSteps(size_t n, int turns)
     for (int i = 1; i < readings; ++i)
         cpuSeconds();
     const double clock = (cpuSeconds() - first) / readings; // one reading of the clock
-    for (int turn = 0; turn < turns; ++turn) {
-        Steps steps;
-        double whole = 0, pugiSeconds = 0;
-        auto ours = [&] {
-            double start = cpuSeconds();
+    std::vector<Steps> perTurn;
+    const HNRBench::Turns timed = HNRBench::alternate(
+        turns,
+        [&] {
+            perTurn.emplace_back();
             for (int i = 0; i < runs; ++i)
-                sink = HNRBench::roundTrip(text, false, &steps).size();
-            whole = cpuSeconds() - start;
-        };
-        auto theirs = [&] { pugiSeconds = batchSeconds(pugi, runs) * runs; };
-        if (turn % 2 == 0) {
-            ours();
-            theirs();
-        } else {
-            theirs();
-            ours();
-        }
+                sink = HNRBench::roundTrip(text, false, &perTurn.back()).size();
+        },
+        [&] { batchSeconds(pugi, runs); });
+    for (int turn = 0; turn < turns; ++turn) {
+        Steps& steps = perTurn[static_cast<size_t>(turn)];
+        const double pugiSeconds = timed.second[static_cast<size_t>(turn)];
+        double whole = timed.first[static_cast<size_t>(turn)];
         // Each step timed also holds one reading of the clock (a system
         // call, not the code's): taken out.
         double covered = 0;
-        int timed = 0;
+        int marks = 0;
         for (int k = 0; k < Steps::kCount; ++k) {
             if (k == Steps::Release)
                 continue;
             steps.seconds[k] -= clock * runs;
             share[k].push_back(steps.seconds[k] / pugiSeconds);
             covered += steps.seconds[k];
-            ++timed;
+            ++marks;
         }
-        whole -= (timed + 1) * clock * runs;
+        whole -= (marks + 1) * clock * runs;
         share[Steps::kCount].push_back((whole - covered) / pugiSeconds);
         share[Steps::kCount + 1].push_back(whole / pugiSeconds);
     }
