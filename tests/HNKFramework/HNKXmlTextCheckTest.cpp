@@ -476,6 +476,45 @@ HNKXmlTextCheck::Namespaces namespacesOf(const std::string& text)
 
 } // namespace
 
+// Most elements of a message are a setting holding one plain value, read
+// at once; every near miss of that shape must still get the full check.
+TEST(HNKXmlTextCheckTest, ElementsHoldingOneValueGetTheFullCheck)
+{
+    const Refused refused[] = {
+        {"<r>\n  <a>x]]>y</a>\n</r>", "']]>' in text content"},
+        {"<r><a>&#0;</a></r>", "character reference to a character XML does not allow"},
+        {"<r><a>x\x01y</a></r>", "invalid UTF-8 or a character XML does not allow"},
+        {"<r><a>x\xC3y</a></r>", "invalid UTF-8 or a character XML does not allow"},
+        {"<r><a>x& y</a></r>", "'&' that starts no reference"},
+        {"<r><a>x</b></r>", "mismatch"},
+        {"<r><a>x</a></r><s/>", "more than one root element"},
+        {"<r><1a>x</1a></r>", "invalid element name"},
+        {"<r><a-\xC3>x</a-\xC3></r>", "invalid element name"},
+        {"<r><a/ ></r>", "malformed start tag"},
+        {"<r><a>x</a", "malformed end tag"},
+    };
+    for (const Refused& r : refused)
+        expectRefused(r.text, r.messagePart);
+    // The blanks before the reference belong to its text: it is named from them.
+    expectRefused("<r>\n  <a>x</a>\n  &#32;\n</r>", ("white space only from character references" ), false);
+    expectRefused("<r>\n  <a>x</a>\n  &#32;\n</r>", offsetPart(14).c_str(), false);
+    expectAccepted("<r>\n  <a>x</a >\n  <b/>\n  <c />\n  <d>\xC3\xA9</d>\n  <e>a&amp;b</e>\n  <f>\x7F</f>\n</r>");
+    expectAccepted("<r>\n  <a>x</a>\n  y\n</r>");
+    expectAccepted("<r><a.b-c_9>]</a.b-c_9><a>x]]y</a><b>\t</b><_>  </_></r>");
+    // A value element's depth counts like any other's.
+    std::string deep;
+    for (int i = 0; i < HNKMessageIterator::kMaxDepth; ++i)
+        deep += "<e>";
+    std::string closing;
+    for (int i = 0; i < HNKMessageIterator::kMaxDepth; ++i)
+        closing += "</e>";
+    HNKMessageIterator it;
+    EXPECT_EQ(0, it.fromXML(deep + "v" + closing)) << getErrorMessage();
+    EXPECT_EQ(-1, it.fromXML(deep + "<v>1</v>" + closing));
+    EXPECT_NE(std::string::npos, getErrorMessage().find("nested deeper than"));
+    EXPECT_EQ(-1, it.fromXML(deep + "<v/>" + closing));
+}
+
 TEST(HNKXmlTextCheckTest, PlainNamespacesAreSettledOnTheWay)
 {
     const std::string xsi = "http://www.w3.org/2001/XMLSchema-instance";

@@ -279,7 +279,22 @@ private:
         }
         while (p_ < end_) {
             if (*p_ == '<') {
+                if (depth_ > 0 && leaf())
+                    continue;
                 if (!markup())
+                    return false;
+            } else if (depth_ > 0 && isBlank(*p_)) {
+                // The line break and indentation before a tag, passed at
+                // once; any other text is read from its start.
+                const uchar* q = p_ + 1;
+                const uchar* const end = end_;
+                while (q < end && isBlank(*q))
+                    ++q;
+                if (q < end && *q == '<') {
+                    p_ = q;
+                    continue;
+                }
+                if (!content())
                     return false;
             } else if (depth_ == 0) {
                 if (isBlank(*p_)) {
@@ -297,6 +312,47 @@ private:
             return fail(end_, "unclosed element at the end of the text");
         if (!roots_)
             return fail(end_, "empty document: no root element");
+        return true;
+    }
+
+    // "<name>value</name>" or "<name/>" at p_, inside the root: most
+    // elements of a message are a setting holding one plain value. Passes it
+    // whole when the name is plain ASCII and the value is printable ASCII
+    // without '&', ']' or '<'; otherwise (false) leaves p_ where it was and
+    // the general path reads the element. Such an element binds, uses and
+    // leaves open nothing, so only the depth is noted.
+    bool leaf()
+    {
+        const uchar* const end = end_;
+        const uchar* const nameStart = p_ + 1;
+        if (nameStart == end || !(kNames.t[*nameStart] & kStart))
+            return false;
+        const uchar* q = skipLowerName(nameStart + 1, end);
+        while (q < end && (kNames.t[*q] & kChar))
+            ++q;
+        if (end - q < 2)
+            return false;
+        const size_t n = static_cast<size_t>(q - nameStart);
+        if (*q == '/') {
+            if (q[1] != '>')
+                return false;
+            p_ = q + 2;
+        } else {
+            if (*q != '>')
+                return false;
+            q = skipPlain<'<', '&', ']'>(q + 1, end);
+            while (q < end && *q != '<') {
+                if (*q < 0x20 || *q >= 0x80 || *q == '&' || *q == ']')
+                    return false;
+                ++q;
+            }
+            if (static_cast<size_t>(end - q) < n + 3 || q[1] != '/' || q[n + 2] != '>' ||
+                !hnk_message_detail::sameBytes(reinterpret_cast<const char*>(q + 2),
+                                               reinterpret_cast<const char*>(nameStart), n))
+                return false;
+            p_ = q + n + 3;
+        }
+        maxDepth_ = std::max(maxDepth_, depth_ + 1);
         return true;
     }
 
