@@ -288,6 +288,15 @@ private:
                 // once; any other text is read from its start.
                 const uchar* q = p_ + 1;
                 const uchar* const end = end_;
+                // Indentation is spaces: eight compared at a time.
+                while (end - q >= 8) {
+                    const uint64_t other = load8(q) ^ kSpaces;
+                    if (other != 0) {
+                        q += __builtin_ctzll(other) >> 3;
+                        break;
+                    }
+                    q += 8;
+                }
                 while (q < end && isBlank(*q))
                     ++q;
                 if (q < end && *q == '<') {
