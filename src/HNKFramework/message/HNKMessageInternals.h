@@ -191,14 +191,29 @@ public:
         n_ = 0;
     }
 
+    // Whether one of the first `n` (below 8) bytes at `d` may need an escape
+    // from a wordwise table; eight bytes must be readable there. A short
+    // value (most are) is so passed over in one step.
+    static bool shortMayEscape(const char* d, size_t n)
+    {
+        uint64_t w;
+        std::memcpy(&w, d, 8);
+        const uint64_t keep = (uint64_t(1) << (8 * n)) - 1;
+        return mayEscape((w & keep) | (0x6161616161616161ull & ~keep)); // 'a' beyond the value
+    }
+
 private:
     // Whether one of the eight bytes at `d` is below 0x20, from 0x80, or
     // one of '<', '>', '&', '"'.
     static bool mayEscape(const char* d)
     {
-        const uint64_t ones = 0x0101010101010101ull, high = 0x8080808080808080ull;
         uint64_t w;
         std::memcpy(&w, d, 8);
+        return mayEscape(w);
+    }
+    static bool mayEscape(uint64_t w)
+    {
+        const uint64_t ones = 0x0101010101010101ull, high = 0x8080808080808080ull;
         auto has = [&](unsigned char b) {
             const uint64_t v = w ^ (ones * b);
             return (v - ones) & ~v & high;
@@ -528,15 +543,37 @@ struct HNKMessageIterator::Draft {
             char op = i < ops.size() ? ops[i++] : 'C';
             size_t length = op == 'C' ? 0 : std::strlen(base + i);
             switch (op) {
-            case 'O':
+            case 'O': {
                 if (startOpen)
                     o.put('>');
                 o.put('<');
                 o.put(base + i, length);
-                names.emplace_back(i, length);
-                startOpen = true;
+                const size_t name = i;
                 i += length + 1;
+                // An element holding one text (most are): written whole.
+                if (i < ops.size() && base[i] == 'T') {
+                    const size_t textLength = std::strlen(base + i + 1);
+                    const size_t after = i + textLength + 2;
+                    if (after < ops.size() && base[after] == 'C') {
+                        o.put('>');
+                        const char* text = base + i + 1;
+                        if (textLength < 8 && esc.textWordwise && text + 8 <= base + ops.size() &&
+                            !hnk_message_detail::ChunkOut::shortMayEscape(text, textLength))
+                            o.put(text, textLength);
+                        else
+                            o.putEscaped(text, textLength, esc.text, esc.textWordwise);
+                        o.put("</", 2);
+                        o.put(base + name, length);
+                        o.put('>');
+                        startOpen = false;
+                        i = after + 1;
+                        break;
+                    }
+                }
+                names.emplace_back(name, length);
+                startOpen = true;
                 break;
+            }
             case 'A': {
                 o.put(' ');
                 o.put(base + i, length);
