@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 namespace HNR {
 
@@ -80,12 +81,20 @@ constexpr TagOrder kTagOrder = buildTagOrder();
 // Length and (up to) the first and last eight bytes of a tag, mixed: the
 // tags of the table differ there. Computed alike at compile time and at run
 // time.
+// (At run time the bytes are taken in whole words: `last` holds the last
+// bytes in reverse, a byte swap of the word that ends the tag.)
 constexpr uint64_t tagKey(const char* tag, size_t length)
 {
     uint64_t first = 0, last = 0;
-    for (size_t i = 0; i < 8 && i < length; ++i) {
-        first |= static_cast<uint64_t>(static_cast<unsigned char>(tag[i])) << (8 * i);
-        last |= static_cast<uint64_t>(static_cast<unsigned char>(tag[length - 1 - i])) << (8 * i);
+    if (!__builtin_is_constant_evaluated() && length >= 8) {
+        std::memcpy(&first, tag, 8);
+        std::memcpy(&last, tag + length - 8, 8);
+        last = __builtin_bswap64(last);
+    } else {
+        for (size_t i = 0; i < 8 && i < length; ++i) {
+            first |= static_cast<uint64_t>(static_cast<unsigned char>(tag[i])) << (8 * i);
+            last |= static_cast<uint64_t>(static_cast<unsigned char>(tag[length - 1 - i])) << (8 * i);
+        }
     }
     uint64_t h = (first * 0x9E3779B97F4A7C15ull) ^ (last * 0xC2B2AE3D27D4EB4Full) ^ (length * 0x165667B19E3779F9ull);
     h ^= h >> 29;
@@ -102,6 +111,8 @@ constexpr size_t tagLength(const char* tag)
 
 constexpr bool sameTag(const char* a, const char* b, size_t length)
 {
+    if (!__builtin_is_constant_evaluated())
+        return std::memcmp(a, b, length) == 0;
     for (size_t i = 0; i < length; ++i)
         if (a[i] != b[i])
             return false;
