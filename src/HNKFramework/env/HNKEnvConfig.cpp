@@ -161,7 +161,10 @@ int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig&
     std::vector<size_t> order(names.size());
     for (size_t i = 0; i < order.size(); ++i)
         order[i] = i;
-    std::stable_sort(order.begin(), order.end(), [&positions](size_t a, size_t b) { return positions[a] < positions[b]; });
+    // A record filled through its setters is in order already.
+    if (!std::is_sorted(positions.begin(), positions.end()))
+        std::stable_sort(order.begin(), order.end(),
+                         [&positions](size_t a, size_t b) { return positions[a] < positions[b]; });
     return it.appendChildrenLinked(top, order); // a list is copied only if someone looks inside
 }
 
