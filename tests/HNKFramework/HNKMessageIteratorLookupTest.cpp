@@ -8,7 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -39,6 +43,73 @@ TEST(HNKMessageIteratorLookupTest, FindsTheFirstChildOfEachNameAmongMany)
     EXPECT_EQ("<absent>", valueOf(it, "y"));
     EXPECT_EQ("8", valueOf(it, "x")); // asked again, out of document order
     EXPECT_EQ("1", valueOf(it, "a"));
+}
+
+// Records are read in the order they hold their fields, so the cursor tries
+// the child after the last one found first; any other order, a repeat, a
+// duplicate or a name sharing a beginning must still find the first child of
+// the name asked.
+TEST(HNKMessageIteratorLookupTest, ChildrenAskedInAnyOrderAreTheFirstOfTheirName)
+{
+    HNKMessageIterator it;
+    ASSERT_EQ(0, it.fromXML("<r><a>1</a><b>2</b><a>3</a><ab>4</ab><b>5</b><abcdefghij>6</abcdefghij>"
+                            "<abcdefghik>7</abcdefghik><c>8</c></r>"));
+    const char* const inOrder[] = {"a", "b", "a", "ab", "b", "abcdefghij", "abcdefghik", "c"};
+    const char* const expected[] = {"1", "2", "1", "4", "2", "6", "7", "8"};
+    for (int round = 0; round < 2; ++round) { // the second round starts with the index at its end
+        for (size_t i = 0; i < 8; ++i)
+            EXPECT_EQ(expected[i], valueOf(it, inOrder[i])) << inOrder[i];
+        for (size_t i = 8; i-- > 0;)
+            EXPECT_EQ(expected[i], valueOf(it, inOrder[i])) << inOrder[i];
+    }
+    // Names close to the one after the last found: the same beginning, or
+    // the same length and beginning with another last byte.
+    EXPECT_EQ("4", valueOf(it, "ab"));
+    EXPECT_EQ("<absent>", valueOf(it, "abcdefghi"));
+    EXPECT_EQ("6", valueOf(it, "abcdefghij"));
+    EXPECT_EQ("6", valueOf(it, "abcdefghij"));
+    EXPECT_EQ("<absent>", valueOf(it, "abcdefghijk"));
+    EXPECT_EQ("<absent>", valueOf(it, "abcdefghil"));
+    EXPECT_EQ("8", valueOf(it, "c"));
+    EXPECT_EQ("1", valueOf(it, "a"));
+    EXPECT_EQ("1", valueOf(it, "a"));
+    EXPECT_EQ("2", valueOf(it, "b"));
+}
+
+// A tag is measured in whole aligned words: wherever its bytes lie, with
+// zero bytes just before it or the end of readable memory just after it,
+// its length comes out right and nothing outside its page is read.
+TEST(HNKMessageIteratorLookupTest, TagsAreMeasuredRightWhereverTheyLie)
+{
+    std::string text = "<r>";
+    for (int n = 1; n <= 24; ++n)
+        text += "<" + std::string(static_cast<size_t>(n), 'q') + ">" + std::to_string(n) + "</" +
+                std::string(static_cast<size_t>(n), 'q') + ">";
+    text += "</r>";
+    HNKMessageIterator it;
+    ASSERT_EQ(0, it.fromXML(text));
+    alignas(8) char buffer[64];
+    for (size_t offset = 0; offset < 8; ++offset)
+        for (int n = 1; n <= 24; ++n) {
+            std::memset(buffer, 0, sizeof buffer);              // zeros before the tag
+            std::memset(buffer + offset, 'q', static_cast<size_t>(n));
+            std::memset(buffer + offset + n + 1, 'z', sizeof buffer - offset - n - 1); // bytes after its end
+            EXPECT_EQ(std::to_string(n), valueOf(it, buffer + offset)) << "offset " << offset << ", length " << n;
+        }
+    // Tags ending at the last byte of a page whose next page cannot be read.
+    const long page = sysconf(_SC_PAGESIZE);
+    void* mapped = mmap(nullptr, static_cast<size_t>(2 * page), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, mapped);
+    char* end = static_cast<char*>(mapped) + page;
+    ASSERT_EQ(0, mprotect(end, static_cast<size_t>(page), PROT_NONE));
+    for (int n = 1; n <= 24; ++n) {
+        char* tag = end - n - 1;
+        std::memset(tag, 'q', static_cast<size_t>(n));
+        tag[n] = '\0';
+        EXPECT_EQ(std::to_string(n), valueOf(it, tag)) << "length " << n;
+        EXPECT_TRUE(it.hasChild(tag));
+    }
+    munmap(mapped, static_cast<size_t>(2 * page));
 }
 
 TEST(HNKMessageIteratorLookupTest, PrefixedNamesAreFoundByLocalName)

@@ -39,7 +39,7 @@ inline bool isXmlBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c 
 
 inline std::string_view trimBlanks(const char* text)
 {
-    std::string_view v(text);
+    std::string_view v(text, stringLength(text));
     while (!v.empty() && isXmlBlank(v.front()))
         v.remove_prefix(1);
     while (!v.empty() && isXmlBlank(v.back()))
@@ -405,7 +405,7 @@ struct HNKMessageIterator::Draft {
         l.slots.assign(size, 0);
         for (size_t k = 0; k < l.names.size(); ++k) {
             const char* name = ops.data() + l.names[k];
-            place(l, k, keyOf(name, std::strlen(name)));
+            place(l, k, keyOf(name, hnk_message_detail::stringLength(name)));
         }
     }
 
@@ -686,9 +686,54 @@ struct HNKMessageIterator::Tree {
         pugi::xml_node_struct* from;
     };
     std::vector<Link> links;
-    // Elements whose content is a draft. Only an unshared tree has drafts:
-    // they are realized before it is shared or linked from.
-    std::unordered_map<pugi::xml_node_struct*, std::unique_ptr<Draft>> drafts;
+    // Elements whose content is a draft, by element. A writer asks about the
+    // element it writes in several times per value (is there a draft, may
+    // there be one, does it hold the child), so the last one found is kept
+    // at hand. Only a hit is kept, and only an unshared tree has drafts, so
+    // readers of a shared tree never write here.
+    class DraftMap {
+    public:
+        typedef std::unordered_map<pugi::xml_node_struct*, std::unique_ptr<Draft>> Map;
+        typedef Map::iterator iterator;
+        typedef Map::const_iterator const_iterator;
+
+        bool empty() const { return map_.empty(); }
+        iterator begin() { return map_.begin(); }
+        iterator end() { return map_.end(); }
+        const_iterator begin() const { return map_.begin(); }
+        const_iterator end() const { return map_.end(); }
+
+        iterator find(pugi::xml_node_struct* host) const
+        {
+            if (host && host == lastHost_)
+                return last_;
+            auto found = map_.find(host);
+            if (found != map_.end()) {
+                lastHost_ = host;
+                last_ = found;
+            }
+            return found;
+        }
+        size_t count(pugi::xml_node_struct* host) const { return find(host) != map_.end() ? 1 : 0; }
+
+        // Changes of the set of elements (an insertion may move them all).
+        std::unique_ptr<Draft>& operator[](pugi::xml_node_struct* host)
+        {
+            lastHost_ = nullptr;
+            return map_[host];
+        }
+        iterator erase(iterator at)
+        {
+            lastHost_ = nullptr;
+            return map_.erase(at);
+        }
+
+    private:
+        mutable Map map_;
+        mutable pugi::xml_node_struct* lastHost_ = nullptr;
+        mutable iterator last_;
+    };
+    DraftMap drafts;
     // What the cursors' caches (Caches) check before use: `serial` is this
     // tree's alone; `childGen` changes whenever any element gains or loses
     // element children, `scopeGen` whenever a namespace declaration is added
@@ -908,6 +953,7 @@ struct HNKMessageIterator::Caches {
         // power of two at least twice the entries, so a miss (a writer asking
         // for a child it is about to append) ends on an empty slot at once.
         std::vector<uint16_t> slots = std::vector<uint16_t>(32);
+        size_t next = 0; // the entry after the last one found
 
         bool holds(unsigned long long s, pugi::xml_node_struct* p, unsigned long g) const
         {
@@ -948,29 +994,38 @@ struct HNKMessageIterator::Caches {
         void clear()
         {
             entries.clear();
+            if (entries.capacity() == 0)
+                entries.reserve(16); // a record's children, without growing step by step
+            next = 0;
             if (slots.size() > 32)
                 slots.assign(32, 0);
             else
                 std::fill(slots.begin(), slots.end(), 0);
         }
 
-        pugi::xml_node_struct* find(const char* tag, size_t length) const
+        pugi::xml_node_struct* find(const char* tag, size_t length)
         {
             const uint64_t h = headOf(tag, length);
+            // Readers ask for a record's fields in the order it holds them:
+            // the entry after the last one found is tried before the table.
+            if (next < entries.size() && same(entries[next], h, length, tag))
+                return entries[next++].node;
             const size_t mask = slots.size() - 1;
             for (size_t i = hashOf(h, length) & mask;; i = (i + 1) & mask) {
                 const uint16_t s = slots[i];
                 if (s == 0)
                     return nullptr;
-                if (same(entries[s - 1], h, length, tag))
+                if (same(entries[s - 1], h, length, tag)) {
+                    next = s;
                     return entries[s - 1].node;
+                }
             }
         }
 
         // False when the index grew too large (then it is dropped).
         bool add(const char* name, pugi::xml_node_struct* node)
         {
-            const size_t length = std::strlen(name);
+            const size_t length = hnk_message_detail::stringLength(name);
             const uint64_t h = headOf(name, length);
             if (2 * (entries.size() + 1) > slots.size()) {
                 if (entries.size() >= kMaxIndexed) {

@@ -91,9 +91,9 @@ xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
                     break;
         }
     }
-    const Caches::ChildIndex& ix = c.index[k];
+    Caches::ChildIndex& ix = c.index[k];
     if (ix.indexed)
-        return ix.find(tag, std::strlen(tag));
+        return ix.find(tag, stringLength(tag));
     xml_node parent = nodeOf(node_);
     if (!t.prefixedNames) {
         for (xml_node ch = parent.child(tag); ch; ch = ch.next_sibling(tag))
@@ -281,7 +281,7 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
     if (draft_) {
         // Asking a written element for a child it does not have (a writer
         // replacing a child that is not there) needs no nodes.
-        size_t length = std::strlen(tag);
+        size_t length = stringLength(tag);
         if (!draft_->hasChild(tag, length, Draft::keyOf(tag, length)))
             return nullptr;
         real();
@@ -290,7 +290,7 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
         // asks for the old element it replaces before it writes the new one.
         auto found = doc_->tree->drafts.find(node_);
         if (found != doc_->tree->drafts.end() && !found->second->writer) {
-            size_t length = std::strlen(tag);
+            size_t length = stringLength(tag);
             if (!found->second->hasChild(tag, length, Draft::keyOf(tag, length)))
                 return nullptr;
         }
