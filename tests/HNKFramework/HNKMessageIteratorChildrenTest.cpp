@@ -99,6 +99,44 @@ TEST(HNKMessageIteratorChildrenTest, WrittenChildrenPassOnInTheGivenOrder)
     EXPECT_EQ(std::string(kTypes) + ":itemType", out.getTypeName());
 }
 
+// A record's root holds dozens of settings, so its written children are
+// found by name through a table; passed on in another order, every one of
+// them is still found there, and no other name is.
+TEST(HNKMessageIteratorChildrenTest, ManyWrittenChildrenPassedOnAreFoundByName)
+{
+    const int count = 40;
+    auto nameOf = [](int i) { return "setting_" + std::to_string(i); };
+    auto writeSettings = [&](HNKMessageIterator& it) {
+        for (int i = 0; i < count; ++i)
+            ASSERT_EQ(0, it.putValue(nameOf(i).c_str(), i));
+    };
+    std::vector<size_t> order;
+    for (size_t k = 0; k < static_cast<size_t>(count); ++k)
+        order.push_back((k * 17) % count); // every child once, shuffled
+    for (int i = 0; i < count; ++i) {
+        // A fresh copy for each name: finding one turns the copy into elements.
+        HNKMessageIterator source("r");
+        writeSettings(source);
+        HNKMessageIterator out("out");
+        ASSERT_EQ(0, out.appendChildrenLinked(source, order));
+        EXPECT_FALSE(out.hasChild("setting_"));
+        EXPECT_FALSE(out.hasChild(nameOf(count).c_str()));
+        EXPECT_TRUE(out.hasChild(nameOf(i).c_str())) << nameOf(i);
+        int value = -1;
+        EXPECT_EQ(0, out.getValue(nameOf(i).c_str(), value));
+        EXPECT_EQ(i, value);
+    }
+    HNKMessageIterator source("r");
+    writeSettings(source);
+    HNKMessageIterator out("out");
+    out.setType("outType", kTypes);
+    ASSERT_EQ(0, out.appendChildrenLinked(source, order));
+    HNKMessageIterator reference("r");
+    writeSettings(reference);
+    reference.toXML(true);
+    EXPECT_EQ(oneByOne(reference, order), out.toXML());
+}
+
 TEST(HNKMessageIteratorChildrenTest, ParsedChildrenPassOnAsLinkedCopies)
 {
     HNKMessageIterator written("r");

@@ -423,26 +423,40 @@ bool HNKMessageIterator::spliceDraft(const HNKMessageIterator& source, const std
     to.ops.reserve(from.ops.size());
     // The source's list holds each top-level name once, at its first child
     // of that name; the copy keeps those entries, moved with their children.
+    // `listed` is the entry's place in the source's list, plus one (0: none).
     const Draft::Level& fromTop = from.levels[0];
-    std::vector<bool> listed(children.size());
-    for (size_t at : fromTop.names) {
+    std::vector<size_t> listed(children.size());
+    for (size_t i = 0; i < fromTop.names.size(); ++i) {
+        const size_t at = fromTop.names[i];
         auto child = std::lower_bound(children.begin(), children.end(), std::make_pair(at - 1, size_t(0)));
         if (child != children.end() && child->first == at - 1)
-            listed[static_cast<size_t>(child - children.begin())] = true;
+            listed[static_cast<size_t>(child - children.begin())] = i + 1;
     }
     Draft::Level& level = to.levels[0];
     level.filter = fromTop.filter;
     level.names.reserve(fromTop.names.size());
+    to.tops.reserve(children.size());
+    std::vector<size_t> movedTo(fromTop.names.size()); // a source list entry's place in the copy's
     for (size_t k : order) {
         const auto& child = children[k];
-        if (listed[k])
+        if (listed[k]) {
+            movedTo[listed[k] - 1] = level.names.size();
             level.names.push_back(to.ops.size() + 1);
+        }
         to.tops.emplace_back(to.ops.size(), to.ops.size() + (child.second - child.first));
         to.ops.append(base + child.first, child.second - child.first);
     }
     level.startOpen = false;
-    if (level.names.size() > Draft::kIndexFrom)
+    // The names are the same, so their table is too, with each entry's
+    // place in the list renumbered.
+    if (level.names.size() == fromTop.names.size() && !fromTop.slots.empty()) {
+        level.slots = fromTop.slots;
+        for (size_t& slot : level.slots)
+            if (slot != 0)
+                slot = movedTo[slot - 1] + 1;
+    } else if (level.names.size() > Draft::kIndexFrom) {
         to.reindex(level);
+    }
     to.prefixes = from.prefixes;
     return true;
 }
