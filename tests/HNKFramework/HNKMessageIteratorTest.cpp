@@ -291,6 +291,37 @@ TEST(HNKMessageIteratorTest, IntegersParseStrictlyAndRangeChecked)
     EXPECT_NE(0, it.getValue("neg", ull));
 }
 
+// Short plain digits (the usual value) are read in one step; the values
+// around that shape read as every other value does.
+TEST(HNKMessageIteratorTest, ShortPlainValuesReadLikeAnyOther)
+{
+    HNKMessageIterator it = parsed("<r><a>0</a><b>7</b><c>00042</c><d>12345</d><e>99999</e><f>100000</f>"
+                                   "<g>5 </g><h>5a</h><i>1</i><j>10</j><k>01</k><l>0 </l></r>");
+    const std::pair<const char*, int> good[] = {{"a", 0},     {"b", 7},      {"c", 42}, {"d", 12345},
+                                                {"e", 99999}, {"f", 100000}, {"g", 5},  {"j", 10}};
+    for (const auto& g : good) {
+        int v = -1;
+        EXPECT_EQ(0, it.getValue(g.first, v)) << g.first;
+        EXPECT_EQ(g.second, v) << g.first;
+    }
+    int v = -1;
+    EXPECT_NE(0, it.getValue("h", v));
+    EXPECT_EQ(-1, v);
+    unsigned long long big = 0;
+    EXPECT_EQ(0, it.getValue("e", big));
+    EXPECT_EQ(99999u, big);
+    bool flag = true;
+    EXPECT_EQ(0, it.getValue("a", flag));
+    EXPECT_FALSE(flag);
+    EXPECT_EQ(0, it.getValue("i", flag));
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(0, it.getValue("l", flag));
+    EXPECT_FALSE(flag);
+    for (const char* bad : {"b", "j", "k", "h"})
+        EXPECT_NE(0, it.getValue(bad, flag)) << bad;
+    EXPECT_FALSE(flag);
+}
+
 TEST(HNKMessageIteratorTest, WideIntegersRoundTrip)
 {
     HNKMessageIterator it("r");

@@ -22,6 +22,16 @@ namespace {
 template <class T>
 bool parseNumber(const char* text, T& out)
 {
+    // Most values are a few plain digits: read at once. Anything else (a
+    // sign, blanks around, more digits than fit surely) takes the full way.
+    unsigned plain = 0;
+    size_t digits = 0;
+    for (; digits < 5 && text[digits] >= '0' && text[digits] <= '9'; ++digits)
+        plain = plain * 10 + static_cast<unsigned>(text[digits] - '0');
+    if (digits != 0 && text[digits] == '\0' && plain <= static_cast<unsigned long long>(std::numeric_limits<T>::max())) {
+        out = static_cast<T>(plain);
+        return true;
+    }
     std::string_view v = trimBlanks(text);
     bool negative = false;
     if (!v.empty() && (v.front() == '+' || v.front() == '-')) {
@@ -56,6 +66,10 @@ bool parseNumber(const char* text, T& out)
 
 bool parseBool(const char* text, bool& out)
 {
+    if ((text[0] == '0' || text[0] == '1') && text[1] == '\0') { // the usual form
+        out = text[0] == '1';
+        return true;
+    }
     std::string_view v = trimBlanks(text);
     if (v == "1" || v == "true") {
         out = true;
