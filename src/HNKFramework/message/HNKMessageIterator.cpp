@@ -85,10 +85,15 @@ xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
             ix.gen = t.childGen;
             ix.clear();
             ix.indexed = true;
-            for (xml_node ch = nodeOf(node_).first_child(); ch; ch = ch.next_sibling())
-                if (ch.type() == pugi::node_element &&
-                    !ix.add(t.prefixedNames ? localName(ch.name()) : ch.name(), ch.internal_object()))
+            // Each test of a node is a call into pugixml: the node's own
+            // pointer serves as the end test too.
+            for (xml_node ch = nodeOf(node_).first_child();; ch = ch.next_sibling()) {
+                xml_node_struct* const n = ch.internal_object();
+                if (!n)
                     break;
+                if (ch.type() == pugi::node_element && !ix.add(t.prefixedNames ? localName(ch.name()) : ch.name(), n))
+                    break;
+            }
         }
     }
     Caches::ChildIndex& ix = c.index[k];
