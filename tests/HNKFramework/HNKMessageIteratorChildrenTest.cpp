@@ -59,6 +59,22 @@ std::string oneByOne(const HNKMessageIterator& source, const std::vector<size_t>
     return out.toXML();
 }
 
+// Passes the children of a record written by `write` on into `out` in
+// `order`, and checks the text against the same record turned into elements
+// and copied child by child.
+template <class Write>
+void passOnAndCompare(const Write& write, const std::vector<size_t>& order, HNKMessageIterator& out)
+{
+    HNKMessageIterator source("r");
+    write(source);
+    out.setType("outType", kTypes);
+    ASSERT_EQ(0, out.appendChildrenLinked(source, order));
+    HNKMessageIterator reference("r");
+    write(reference);
+    reference.toXML(true); // the same writes, as elements
+    EXPECT_EQ(oneByOne(reference, order), out.toXML());
+}
+
 } // namespace
 
 TEST(HNKMessageIteratorChildrenTest, NamesOfWrittenAndParsedChildrenAlike)
@@ -79,16 +95,8 @@ TEST(HNKMessageIteratorChildrenTest, NamesOfWrittenAndParsedChildrenAlike)
 
 TEST(HNKMessageIteratorChildrenTest, WrittenChildrenPassOnInTheGivenOrder)
 {
-    const std::vector<size_t> order{2, 0, 1, 3};
-    HNKMessageIterator source("r");
-    writeRecord(source);
     HNKMessageIterator out("out");
-    out.setType("outType", kTypes);
-    ASSERT_EQ(0, out.appendChildrenLinked(source, order));
-    HNKMessageIterator reference("r");
-    writeRecord(reference);
-    reference.toXML(true); // the same writes, as elements
-    EXPECT_EQ(oneByOne(reference, order), out.toXML());
+    passOnAndCompare(writeRecord, {2, 0, 1, 3}, out);
     EXPECT_EQ((std::vector<std::string>{"a", "b", "list", "c"}), namesOf(out));
     // Read back through the copy: values, stamps, positions.
     int a = 0;
@@ -126,15 +134,8 @@ TEST(HNKMessageIteratorChildrenTest, ManyWrittenChildrenPassedOnAreFoundByName)
         EXPECT_EQ(0, out.getValue(nameOf(i).c_str(), value));
         EXPECT_EQ(i, value);
     }
-    HNKMessageIterator source("r");
-    writeSettings(source);
     HNKMessageIterator out("out");
-    out.setType("outType", kTypes);
-    ASSERT_EQ(0, out.appendChildrenLinked(source, order));
-    HNKMessageIterator reference("r");
-    writeSettings(reference);
-    reference.toXML(true);
-    EXPECT_EQ(oneByOne(reference, order), out.toXML());
+    passOnAndCompare(writeSettings, order, out);
 }
 
 TEST(HNKMessageIteratorChildrenTest, ParsedChildrenPassOnAsLinkedCopies)

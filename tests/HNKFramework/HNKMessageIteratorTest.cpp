@@ -310,13 +310,13 @@ TEST(HNKMessageIteratorTest, ShortPlainValuesReadLikeAnyOther)
     unsigned long long big = 0;
     EXPECT_EQ(0, it.getValue("e", big));
     EXPECT_EQ(99999u, big);
+    const std::pair<const char*, bool> flags[] = {{"a", false}, {"i", true}, {"l", false}};
     bool flag = true;
-    EXPECT_EQ(0, it.getValue("a", flag));
-    EXPECT_FALSE(flag);
-    EXPECT_EQ(0, it.getValue("i", flag));
-    EXPECT_TRUE(flag);
-    EXPECT_EQ(0, it.getValue("l", flag));
-    EXPECT_FALSE(flag);
+    for (const auto& f : flags) {
+        flag = !f.second;
+        EXPECT_EQ(0, it.getValue(f.first, flag)) << f.first;
+        EXPECT_EQ(f.second, flag) << f.first;
+    }
     for (const char* bad : {"b", "j", "k", "h"})
         EXPECT_NE(0, it.getValue(bad, flag)) << bad;
     EXPECT_FALSE(flag);
