@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 namespace HNR {
 
@@ -101,23 +102,9 @@ constexpr uint64_t tagKey(const char* tag, size_t length)
     return h * 0xFF51AFD7ED558CCDull;
 }
 
-constexpr size_t tagLength(const char* tag)
-{
-    size_t n = 0;
-    while (tag[n] != '\0')
-        ++n;
-    return n;
-}
-
-constexpr bool sameTag(const char* a, const char* b, size_t length)
-{
-    if (!__builtin_is_constant_evaluated())
-        return std::memcmp(a, b, length) == 0;
-    for (size_t i = 0; i < length; ++i)
-        if (a[i] != b[i])
-            return false;
-    return true;
-}
+// Lengths and comparisons through char_traits: constexpr, and memcmp-fast
+// at run time.
+typedef std::char_traits<char> Chars;
 
 // The tag order table by tag, built at compile time (nothing to fill or
 // guard at run time): open addressing over a power of two more than twice
@@ -135,12 +122,12 @@ constexpr TagPositions buildTagPositions()
     for (signed char& s : t.slot)
         s = -1;
     for (int i = 0; i < kTagOrderSize; ++i)
-        t.length[i] = tagLength(kTagOrder[i]);
+        t.length[i] = Chars::length(kTagOrder[i]);
     for (int i = 0; i < kTagOrderSize; ++i) {
         const size_t n = t.length[i];
         size_t k = tagKey(kTagOrder[i], n) & (kPositionSlots - 1);
         for (; t.slot[k] >= 0; k = (k + 1) & (kPositionSlots - 1))
-            if (t.length[t.slot[k]] == n && sameTag(kTagOrder[t.slot[k]], kTagOrder[i], n))
+            if (t.length[t.slot[k]] == n && Chars::compare(kTagOrder[t.slot[k]], kTagOrder[i], n) == 0)
                 break; // a later duplicate takes the place of the earlier one
         t.slot[k] = static_cast<signed char>(i);
     }
@@ -154,7 +141,7 @@ constexpr int positionOf(const char* tag, size_t length)
     for (size_t k = tagKey(tag, length) & (kPositionSlots - 1); kTagPositions.slot[k] >= 0;
          k = (k + 1) & (kPositionSlots - 1)) {
         const int p = kTagPositions.slot[k];
-        if (kTagPositions.length[p] == length && sameTag(kTagOrder[p], tag, length))
+        if (kTagPositions.length[p] == length && Chars::compare(kTagOrder[p], tag, length) == 0)
             return p;
     }
     return -1;
