@@ -15,6 +15,9 @@ namespace {
 
 const char kRootName[] = "venv_config";
 
+// Schema places below this are put in order by counting.
+const int kCountedPlaces = 256;
+
 // Copies and reads share the tree until either side changes it (see
 // HNKMessageIterator::shareSubtree): to every caller they are deep copies.
 HNKMessageIterator copyOf(const HNKMessageIterator& msg)
@@ -153,18 +156,37 @@ int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig&
     std::vector<int> positions;
     positions.reserve(names.size());
     std::string name;
+    int highest = -1;
     for (std::string_view n : names) {
         name.assign(n);
         int position = config.getPositionOfTheTag(name);
         positions.push_back(position < 0 ? INT_MAX : position);
+        if (position >= 0 && position > highest)
+            highest = position;
     }
     std::vector<size_t> order(names.size());
-    for (size_t i = 0; i < order.size(); ++i)
-        order[i] = i;
-    // A record filled through its setters is in order already.
-    if (!std::is_sorted(positions.begin(), positions.end()))
+    if (highest < kCountedPlaces) {
+        // Places are a schema table's indexes: counted, not compared. The
+        // counts become each place's first slot; equal places keep their
+        // order; unknown tags (INT_MAX) go last.
+        const int unknown = highest + 1; // the place of the tags without one
+        size_t first[kCountedPlaces + 2];
+        std::fill(first, first + unknown + 2, size_t(0));
+        for (int& p : positions) {
+            if (p == INT_MAX)
+                p = unknown;
+            ++first[p + 1];
+        }
+        for (int p = 1; p <= unknown; ++p)
+            first[p] += first[p - 1];
+        for (size_t i = 0; i < positions.size(); ++i)
+            order[first[positions[i]]++] = i;
+    } else {
+        for (size_t i = 0; i < order.size(); ++i)
+            order[i] = i;
         std::stable_sort(order.begin(), order.end(),
                          [&positions](size_t a, size_t b) { return positions[a] < positions[b]; });
+    }
     return it.appendChildrenLinked(top, order); // a list is copied only if someone looks inside
 }
 
