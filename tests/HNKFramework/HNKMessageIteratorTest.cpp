@@ -156,6 +156,13 @@ TEST(HNKMessageIteratorTest, DictionaryHasTheModuleIdsUniqueAndValid)
         EXPECT_EQ(0, it.createChild(e[i].id)) << e[i].name; // a valid element name
     }
     EXPECT_EQ(nullptr, HNKElementDictionary::findName(1));
+    // Every ID names its own entry, and no other number names anything.
+    for (unsigned i = 0; i < count; ++i)
+        EXPECT_STREQ(e[i].name, HNKElementDictionary::findName(e[i].id)) << e[i].id;
+    for (int id = -5000; id <= 70000; ++id) {
+        if (!ids.count(id))
+            ASSERT_EQ(nullptr, HNKElementDictionary::findName(id)) << id;
+    }
 }
 
 TEST(HNKMessageIteratorTest, FirstChildAndNextSiblingWalkOneIdSkippingOthers)

@@ -1,6 +1,7 @@
 #include "HNKElementDictionary.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <vector>
 
@@ -61,12 +62,29 @@ const HNKElementDictionary::Entry kEntries[] = {
 
 struct Table {
     std::vector<HNKElementDictionary::Entry> byId;
+    // By ID, for findName (asked for every item of a list): open addressing
+    // over a power of two at least twice the entries, id 0 empty.
+    std::vector<HNKElementDictionary::Entry> slots;
     Table() : byId(std::begin(kEntries), std::end(kEntries))
     {
         std::sort(byId.begin(), byId.end(),
                   [](const HNKElementDictionary::Entry& a, const HNKElementDictionary::Entry& b) {
                       return a.id < b.id;
                   });
+        size_t size = 16;
+        while (size < 2 * byId.size())
+            size *= 2;
+        slots.assign(size, HNKElementDictionary::Entry{0, nullptr});
+        for (const HNKElementDictionary::Entry& e : byId) {
+            size_t i = slotOf(e.id);
+            while (slots[i].id != 0)
+                i = (i + 1) & (slots.size() - 1);
+            slots[i] = e;
+        }
+    }
+    size_t slotOf(int id) const
+    {
+        return static_cast<size_t>((static_cast<uint32_t>(id) * 0x9E3779B1u) >> 16) & (slots.size() - 1);
     }
 };
 
@@ -80,10 +98,16 @@ const Table& table()
 
 const char* HNKElementDictionary::findName(int id)
 {
-    const std::vector<Entry>& v = table().byId;
-    auto it = std::lower_bound(v.begin(), v.end(), id,
-                               [](const Entry& e, int key) { return e.id < key; });
-    return (it != v.end() && it->id == id) ? it->name : nullptr;
+    if (id == 0)
+        return nullptr;
+    const Table& t = table();
+    for (size_t i = t.slotOf(id);; i = (i + 1) & (t.slots.size() - 1)) {
+        const Entry& e = t.slots[i];
+        if (e.id == id)
+            return e.name;
+        if (e.id == 0)
+            return nullptr;
+    }
 }
 
 int HNKElementDictionary::findID(const char* name)
