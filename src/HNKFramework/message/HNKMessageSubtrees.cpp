@@ -371,11 +371,21 @@ bool isPermutation(const std::vector<size_t>& order, size_t n)
 {
     if (order.size() != n)
         return false;
-    std::vector<bool> seen(n);
+    uint64_t few[4] = {}; // a record's children: no allocation
+    std::vector<bool> many(n > 256 ? n : 0);
     for (size_t k : order) {
-        if (k >= n || seen[k])
+        if (k >= n)
             return false;
-        seen[k] = true;
+        if (n <= 256) {
+            const uint64_t bit = uint64_t(1) << (k & 63);
+            if (few[k >> 6] & bit)
+                return false;
+            few[k >> 6] |= bit;
+        } else {
+            if (many[k])
+                return false;
+            many[k] = true;
+        }
     }
     return true;
 }
@@ -425,12 +435,14 @@ bool HNKMessageIterator::spliceDraft(const HNKMessageIterator& source, const std
     // of that name; the copy keeps those entries, moved with their children.
     // `listed` is the entry's place in the source's list, plus one (0: none).
     const Draft::Level& fromTop = from.levels[0];
+    // Both lists are in log order: one walk pairs them.
     std::vector<size_t> listed(children.size());
-    for (size_t i = 0; i < fromTop.names.size(); ++i) {
-        const size_t at = fromTop.names[i];
-        auto child = std::lower_bound(children.begin(), children.end(), std::make_pair(at - 1, size_t(0)));
-        if (child != children.end() && child->first == at - 1)
-            listed[static_cast<size_t>(child - children.begin())] = i + 1;
+    for (size_t i = 0, c = 0; i < fromTop.names.size(); ++i) {
+        const size_t at = fromTop.names[i] - 1;
+        while (c < children.size() && children[c].first < at)
+            ++c;
+        if (c < children.size() && children[c].first == at)
+            listed[c] = i + 1;
     }
     Draft::Level& level = to.levels[0];
     level.filter = fromTop.filter;
