@@ -110,7 +110,8 @@ bool isText(xml_node n) { return n.type() == pugi::node_pcdata || n.type() == pu
 // returned in place; `scratch` holds a joined text.
 const char* textOf(xml_node el, std::string& scratch)
 {
-    const char* single = *el.value() ? el.value() : nullptr;
+    const char* own = el.value();
+    const char* single = *own ? own : nullptr;
     for (xml_node c = el.first_child(); c; c = c.next_sibling()) {
         if (!isText(c))
             continue;
@@ -265,7 +266,8 @@ int HNKMessageIterator::getValue(const char* tag, std::string& out) const
     if (!n)
         return -1;
     std::string scratch;
-    out.assign(textOf(nodeOf(n), scratch));
+    const char* text = textOf(nodeOf(n), scratch);
+    out.assign(text, stringLength(text));
     return 0;
 }
 

@@ -74,10 +74,9 @@ int HNRVMDevice::compare(const HNRVMDevice& o) const
 
 int HNRVMDevice::Reader::operator()(const HNKMessageIterator& it, HNRVMDevice& d) const
 {
-    d.bootable = it.hasChild("is_bootable");
-    if (it.hasChild("is_boot_in_use"))
-        d.bootInUse.set(true);
-    // "summary_info" is output only and deliberately not read.
+    // "summary_info" is output only and deliberately not read. Fields are
+    // asked for in the order the writer puts them (the flags cannot fail, so
+    // where they are read changes no outcome).
     return firstFailure([&] { return readOptionalProperty(it, d.connected, "connected"); },
                         [&] { return readOptionalProperty(it, d.enabled, "enabled"); },
                         [&] { return it.getValue("emulation_type", d.emulationType); },
@@ -85,6 +84,12 @@ int HNRVMDevice::Reader::operator()(const HNKMessageIterator& it, HNRVMDevice& d
                         [&] { return readOptionalProperty(it, d.systemName, "sys_name"); },
                         [&] { return readOptionalProperty(it, d.friendlyName, "friendly_name"); },
                         [&] { return readOptionalProperty(it, d.description, "description"); },
+                        [&] {
+                            d.bootable = it.hasChild("is_bootable");
+                            if (it.hasChild("is_boot_in_use"))
+                                d.bootInUse.set(true);
+                            return 0;
+                        },
                         [&] { return readOptionalProperty(it, d.bootSequenceIndex, "boot_sequence_index"); },
                         [&] { return readOptionalPropertyBase64(it, d.userName, "user_name"); },
                         [&] { return readOptionalProperty(it, d.deviceIndex, "device_index"); },
