@@ -55,6 +55,22 @@ inline const char* localName(const char* name)
 
 inline bool nameMatches(const char* name, const char* tag) { return std::strcmp(localName(name), tag) == 0; }
 
+// "xmlns" or "xmlns:...": a namespace declaration (byte by byte, so a
+// shorter name is never read past its end).
+inline bool isXmlnsName(const char* name)
+{
+    return name[0] == 'x' && name[1] == 'm' && name[2] == 'l' && name[3] == 'n' && name[4] == 's';
+}
+
+// The colon of "prefix:type" (a candidate xsi:type name), else nullptr.
+inline const char* typeColon(const char* name)
+{
+    const char* colon = std::strchr(name, ':');
+    return colon && colon[1] == 't' && colon[2] == 'y' && colon[3] == 'p' && colon[4] == 'e' && colon[5] == '\0'
+               ? colon
+               : nullptr;
+}
+
 // Names the cursor creates: ASCII NCNames (no prefix), so any output is
 // namespace-well-formed. Checked on every write by name, so by table.
 struct TagChars {
@@ -280,7 +296,7 @@ struct HNKMessageIterator::Draft {
         char* grow(size_t n)
         {
             if (n > cap_ - size_)
-                reserve(std::max(size_ + n, 2 * cap_ + 64));
+                reserve(std::max(size_ + n, cap_ == 0 ? kFirstBytes : 2 * cap_)); // a record's worth first
             char* p = buf_.get() + size_;
             size_ += n;
             return p;
@@ -312,6 +328,7 @@ struct HNKMessageIterator::Draft {
         }
 
     private:
+        static const size_t kFirstBytes = 1024;
         std::unique_ptr<char[]> buf_;
         size_t size_ = 0;
         size_t cap_ = 0;
@@ -386,10 +403,23 @@ struct HNKMessageIterator::Draft {
         return false;
     }
 
+    // Lists start with room for a record's fields rather than growing from
+    // one entry a step at a time.
+    static const size_t kFirstRoom = 16;
+
+    void addTop(size_t begin, size_t end)
+    {
+        if (tops.capacity() == 0)
+            tops.reserve(kFirstRoom);
+        tops.emplace_back(begin, end);
+    }
+
     // Notes a new child name (at offset `at` in ops) of level `l`.
     void addName(Level& l, size_t at, uint64_t key)
     {
         l.filter |= bitsOf(key);
+        if (l.names.capacity() == 0)
+            l.names.reserve(kFirstRoom);
         l.names.push_back(at);
         if (l.slots.empty() ? l.names.size() > kIndexFrom : 2 * l.names.size() > l.slots.size())
             reindex(l);
@@ -441,7 +471,7 @@ struct HNKMessageIterator::Draft {
         top().startOpen = false;
         const size_t at = ops.size();
         if (depth == 1)
-            tops.emplace_back(at, std::string::npos);
+            addTop(at, std::string::npos);
         char* p = ops.grow(length + 2);
         *p = 'O';
         hnk_message_detail::copyBytes(p + 1, name, length);
@@ -485,7 +515,7 @@ struct HNKMessageIterator::Draft {
         *p = 'C';
         addName(l, at + 1, key);
         if (depth == 1)
-            tops.emplace_back(at, ops.size());
+            addTop(at, ops.size());
     }
 
     void attribute(const char* name, const char* value)
@@ -513,12 +543,33 @@ struct HNKMessageIterator::Draft {
             close();
     }
 
+    // A type stamp: attribute `name` holding "prefix:type", as attribute()
+    // would write it, in one piece.
+    void stamp(const std::string& name, const std::string& prefix, const char* type, size_t typeLength)
+    {
+        notePrefix(name.c_str());
+        notePrefixOnly(prefix);
+        char* p = ops.grow(name.size() + prefix.size() + typeLength + 4);
+        *p++ = 'A';
+        hnk_message_detail::copyBytes(p, name.data(), name.size());
+        p += name.size();
+        *p++ = '\0';
+        hnk_message_detail::copyBytes(p, prefix.data(), prefix.size());
+        p += prefix.size();
+        *p++ = ':';
+        hnk_message_detail::copyBytes(p, type, typeLength);
+        p[typeLength] = '\0';
+    }
+
     void notePrefix(const char* qname)
     {
         const char* colon = std::strchr(qname, ':');
-        if (!colon)
-            return;
-        std::string_view p(qname, static_cast<size_t>(colon - qname));
+        if (colon)
+            notePrefixOnly(std::string_view(qname, static_cast<size_t>(colon - qname)));
+    }
+
+    void notePrefixOnly(std::string_view p)
+    {
         for (const std::string& known : prefixes)
             if (known == p)
                 return;
@@ -1008,8 +1059,15 @@ struct HNKMessageIterator::Caches {
             const uint64_t h = headOf(tag, length);
             // Readers ask for a record's fields in the order it holds them:
             // the entry after the last one found is tried before the table.
-            if (next < entries.size() && same(entries[next], h, length, tag))
-                return entries[next++].node;
+            if (next < entries.size()) {
+                if (same(entries[next], h, length, tag))
+                    return entries[next++].node;
+                // or the one after it: a field the reader passes over
+                if (next + 1 < entries.size() && same(entries[next + 1], h, length, tag)) {
+                    next += 2;
+                    return entries[next - 1].node;
+                }
+            }
             const size_t mask = slots.size() - 1;
             for (size_t i = hashOf(h, length) & mask;; i = (i + 1) & mask) {
                 const uint16_t s = slots[i];

@@ -146,7 +146,7 @@ const char* HNKMessageIterator::resolvePrefix(xml_node_struct* at, const char* p
 {
     xml_node el = nodeOf(at);
     for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute())
-        if (std::strncmp(a.name(), "xmlns", 5) == 0)
+        if (isXmlnsName(a.name()))
             return lookupPrefix(el, prefix, len); // declares bindings itself
     xml_node parent = el.parent();
     if (parent.type() != pugi::node_element)

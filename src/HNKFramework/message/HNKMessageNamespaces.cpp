@@ -22,7 +22,7 @@ const char* lookupPrefix(xml_node el, const char* prefix, size_t len)
     for (xml_node n = el; n && n.type() == pugi::node_element; n = n.parent()) {
         for (xml_attribute a = n.first_attribute(); a; a = a.next_attribute()) {
             const char* name = a.name();
-            if (std::strncmp(name, "xmlns", 5) != 0)
+            if (!isXmlnsName(name))
                 continue;
             if (len == 0 ? name[5] == '\0'
                          : (name[5] == ':' && std::strncmp(name + 6, prefix, len) == 0 && name[6 + len] == '\0'))
@@ -89,8 +89,8 @@ xml_attribute findXsiType(xml_node el)
 {
     for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
         const char* name = a.name();
-        const char* colon = std::strchr(name, ':');
-        if (!colon || std::strcmp(colon + 1, "type") != 0)
+        const char* colon = typeColon(name);
+        if (!colon)
             continue;
         const char* uri = lookupPrefix(el, name, static_cast<size_t>(colon - name));
         if (uri && std::strcmp(uri, kXsiURI) == 0)
@@ -105,7 +105,10 @@ xml_attribute findXsiType(xml_node el)
 
 void HNKMessageIterator::setNamespace(unsigned nsid)
 {
-    namespace_.assign(HNKDefaultMap::findNSID(nsid));
+    if (nsid == 0)
+        namespace_.clear(); // (what ID 0 names; every writer's exit sets it)
+    else
+        namespace_.assign(HNKDefaultMap::findNSID(nsid));
 }
 
 void HNKMessageIterator::setNamespace(const char* ns)
@@ -136,8 +139,8 @@ void HNKMessageIterator::setType(const char* type, const char* ns)
             return; // the outermost writer stamped first; its label stays
         if (*uri && level.startOpen) {
             // A written element declares nothing: its scope is its host's.
-            Caches& c = scopeCache(node_);
-            if (c.stampAttribute.empty() || c.stampUri != uri) {
+            Caches* c = &scopeCache(node_);
+            if (c->stampAttribute.empty() || c->stampUri != uri) {
                 xml_node host = nodeOf(node_);
                 const char* prefix = findPrefixFor(host, uri);
                 std::string p = prefix ? std::string(prefix) : declarePrefix(host, prefixBaseFor(uri), uri);
@@ -149,10 +152,9 @@ void HNKMessageIterator::setType(const char* type, const char* ns)
                 fresh.stampUri.assign(uri);
                 fresh.stampPrefix.swap(p);
                 fresh.stampAttribute.swap(a.append(":type"));
+                c = &fresh;
             }
-            Caches& cached = scopeCache(node_);
-            cached.scratch.assign(cached.stampPrefix).append(1, ':').append(type);
-            draft_->attribute(cached.stampAttribute.c_str(), cached.scratch.c_str());
+            draft_->stamp(c->stampAttribute, c->stampPrefix, type, std::strlen(type));
             level.stamped = true;
             return;
         }
@@ -228,8 +230,8 @@ bool HNKMessageIterator::getTypeName(std::string_view& uri, std::string_view& lo
     xml_node el = nodeOf(node_);
     for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
         const char* name = a.name();
-        const char* colon = std::strchr(name, ':');
-        if (!colon || std::strcmp(colon + 1, "type") != 0)
+        const char* colon = typeColon(name);
+        if (!colon)
             continue;
         const char* xsi = resolvePrefix(node_, name, static_cast<size_t>(colon - name));
         if (!xsi || std::strcmp(xsi, kXsiURI) != 0)

@@ -254,7 +254,8 @@ public:
         if (!p)
             throw std::bad_typeid();
         typename Factory::FactoryData& d = Factory::factoryData();
-        auto found = d.factoriesByType.find(typeid(*p).name());
+        // (measured once, not at every node of the map)
+        auto found = d.factoriesByType.find(std::string_view(typeid(*p).name()));
         if (found != d.factoriesByType.end() && found->second)
             return found->second->write(it, p);
         if (d.defaultFactory)
