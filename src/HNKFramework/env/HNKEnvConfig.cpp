@@ -161,8 +161,7 @@ int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig&
         name.assign(n);
         int position = config.getPositionOfTheTag(name);
         positions.push_back(position < 0 ? INT_MAX : position);
-        if (position >= 0 && position > highest)
-            highest = position;
+        highest = std::max(highest, position);
     }
     std::vector<size_t> order(names.size());
     if (highest < kCountedPlaces) {

@@ -372,20 +372,15 @@ bool isPermutation(const std::vector<size_t>& order, size_t n)
     if (order.size() != n)
         return false;
     uint64_t few[4] = {}; // a record's children: no allocation
-    std::vector<bool> many(n > 256 ? n : 0);
+    std::vector<uint64_t> many(n > 256 ? (n + 63) / 64 : 0);
+    uint64_t* seen = n > 256 ? many.data() : few;
     for (size_t k : order) {
         if (k >= n)
             return false;
-        if (n <= 256) {
-            const uint64_t bit = uint64_t(1) << (k & 63);
-            if (few[k >> 6] & bit)
-                return false;
-            few[k >> 6] |= bit;
-        } else {
-            if (many[k])
-                return false;
-            many[k] = true;
-        }
+        const uint64_t bit = uint64_t(1) << (k & 63);
+        if (seen[k >> 6] & bit)
+            return false;
+        seen[k >> 6] |= bit;
     }
     return true;
 }
