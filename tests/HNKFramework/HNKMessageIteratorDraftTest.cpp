@@ -286,3 +286,45 @@ TEST(HNKMessageIteratorDraftTest, ValuesAndNamesOfEveryLengthWriteAsTheNodesDo)
         }
     });
 }
+
+// A draft keeps each string's length in two bytes, the longest ones measured
+// where they are read instead: strings on both sides of that limit, as
+// values, names and types, must be written and read back whole.
+TEST(HNKMessageIteratorDraftTest, StringsAroundTheLogsLengthLimitWriteAndReadWhole)
+{
+    const size_t lengths[] = {65533, 65534, 65535, 65536, 70000};
+    auto write = [&lengths](HNKMessageIterator& it) {
+        for (size_t length : lengths) {
+            ASSERT_EQ(0, it.createChild("item"));
+            it.setType(("t" + std::string(length, 'y')).c_str(), kTypes);
+            ASSERT_EQ(0, it.putValue("value", std::string(length, 'v')));
+            ASSERT_EQ(0, it.putValue(("n" + std::string(length, 'a')).c_str(), std::string("x")));
+            it.ascend();
+        }
+    };
+    auto look = [&lengths](HNKMessageIterator& it) {
+        ASSERT_EQ(0, it.firstChild("item"));
+        for (size_t length : lengths) {
+            EXPECT_EQ(std::string(length, 'v'), valueOf(it, "value"));
+            EXPECT_EQ("x", valueOf(it, ("n" + std::string(length, 'a')).c_str()));
+            std::string_view uri, type;
+            ASSERT_TRUE(it.getTypeName(uri, type));
+            EXPECT_EQ(kTypes, uri);
+            EXPECT_EQ("t" + std::string(length, 'y'), type);
+            if (length != lengths[sizeof lengths / sizeof *lengths - 1]) {
+                ASSERT_EQ(0, it.nextSibling("item"));
+            }
+        }
+        it.ascend();
+    };
+    expectSame(write, look);
+    HNKMessageIterator it("r");
+    ASSERT_EQ(0, it.createChild("list"));
+    write(it);
+    const std::string text = it.toXML();
+    for (size_t length : lengths) {
+        EXPECT_NE(std::string::npos, text.find("<value>" + std::string(length, 'v') + "</value>"));
+        EXPECT_NE(std::string::npos, text.find("</n" + std::string(length, 'a') + ">"));
+        EXPECT_NE(std::string::npos, text.find(":t" + std::string(length, 'y') + "\""));
+    }
+}

@@ -267,7 +267,9 @@ inline void appendEscaped(std::string& out, const char* s, size_t n, const char*
 
 // The new content of an element (its host) kept as the log of the writes
 // that made it instead of as nodes: "O" name, "A" name value, "T" text, "C"
-// (open, attribute, text, close; strings NUL-terminated). Writers fill a
+// (open, attribute, text, close). Each string is preceded by its length in
+// two bytes and followed by a NUL, so it is copied out without being
+// measured and compared or handed to pugixml in place. Writers fill a
 // fresh element with records that nobody reads back, so the content is
 // written once as a log and once as text (toXML, spliced), never as nodes;
 // the first look inside turns it into exactly the nodes the writes would
@@ -291,6 +293,12 @@ struct HNKMessageIterator::Draft {
         size_t size() const { return size_; }
         const char* data() const { return buf_ ? buf_.get() : ""; }
         char operator[](size_t i) const { return buf_[i]; }
+        uint16_t twoBytesAt(size_t i) const
+        {
+            uint16_t v;
+            std::memcpy(&v, buf_.get() + i, 2);
+            return v;
+        }
 
         // Room for `n` more bytes at the end, for the caller to fill.
         char* grow(size_t n)
@@ -309,11 +317,6 @@ struct HNKMessageIterator::Draft {
         Log& operator+=(char c)
         {
             *grow(1) = c;
-            return *this;
-        }
-        Log& operator+=(const char* s)
-        {
-            append(s, std::strlen(s));
             return *this;
         }
         void reserve(size_t n)
@@ -356,8 +359,33 @@ struct HNKMessageIterator::Draft {
     std::vector<std::pair<size_t, size_t>> tops;
     bool hostText = false;
     std::vector<std::string> prefixes;
+    // The length of the written text but for escapes: the writer reserves
+    // it at once instead of growing the output while it goes.
+    size_t textBytes = 0;
 
     Level& top() { return levels[depth - 1]; }
+
+    // A string's length in the log; one of kLong bytes or more is measured
+    // where it is read (no name or value in a message comes near it).
+    static const uint16_t kLong = 0xFFFF;
+    // How far a name (or text) stands from its entry's op: the op, then the length.
+    static const size_t kNameFrom = 3;
+
+    static char* putString(char* p, const char* s, size_t n)
+    {
+        const uint16_t length = n < kLong ? static_cast<uint16_t>(n) : kLong;
+        std::memcpy(p, &length, 2);
+        hnk_message_detail::copyBytes(p + 2, s, n);
+        p[n + 2] = '\0';
+        return p + n + 3;
+    }
+
+    // The length of the string whose length field is at `at`.
+    size_t lengthAt(size_t at) const
+    {
+        const uint16_t length = ops.twoBytesAt(at);
+        return length != kLong ? length : std::strlen(ops.data() + at + 2);
+    }
 
     // A name's key, from its length and (up to) its first and last eight
     // bytes; two of its bits make a filter that rules out most names without
@@ -433,10 +461,8 @@ struct HNKMessageIterator::Draft {
         while (size < 4 * l.names.size())
             size *= 2;
         l.slots.assign(size, 0);
-        for (size_t k = 0; k < l.names.size(); ++k) {
-            const char* name = ops.data() + l.names[k];
-            place(l, k, keyOf(name, hnk_message_detail::stringLength(name)));
-        }
+        for (size_t k = 0; k < l.names.size(); ++k)
+            place(l, k, keyOf(ops.data() + l.names[k], lengthAt(l.names[k] - 2)));
     }
 
     static void place(Level& l, size_t k, uint64_t key)
@@ -461,7 +487,7 @@ struct HNKMessageIterator::Draft {
     void openNew(const char* name, size_t length, uint64_t key)
     {
         const size_t parent = depth - 1;
-        const size_t at = ops.size() + 1;
+        const size_t at = ops.size() + kNameFrom;
         openKnown(name, length); // (the name is in the log before the list reads it)
         addName(levels[parent], at, key);
     }
@@ -472,10 +498,10 @@ struct HNKMessageIterator::Draft {
         const size_t at = ops.size();
         if (depth == 1)
             addTop(at, std::string::npos);
-        char* p = ops.grow(length + 2);
+        textBytes += 2 * length + 5; // <name></name>
+        char* p = ops.grow(length + 4);
         *p = 'O';
-        hnk_message_detail::copyBytes(p + 1, name, length);
-        p[length + 1] = '\0';
+        putString(p + 1, name, length);
         if (levels.size() == depth)
             levels.emplace_back();
         Level& child = levels[depth++];
@@ -490,10 +516,10 @@ struct HNKMessageIterator::Draft {
     {
         top().startOpen = false;
         hostText = hostText || depth == 1;
-        char* p = ops.grow(size + 2);
+        textBytes += size;
+        char* p = ops.grow(size + 4);
         *p = 'T';
-        hnk_message_detail::copyBytes(p + 1, value, size);
-        p[size + 1] = '\0';
+        putString(p + 1, value, size);
     }
 
     // A new child holding nothing but text (openNew, text, close): the most
@@ -503,17 +529,14 @@ struct HNKMessageIterator::Draft {
         Level& l = top();
         l.startOpen = false;
         const size_t at = ops.size();
-        char* p = ops.grow(length + size + 5);
+        textBytes += 2 * length + 5 + size;
+        char* p = ops.grow(length + size + 9);
         *p++ = 'O';
-        hnk_message_detail::copyBytes(p, name, length);
-        p += length;
-        *p++ = '\0';
+        p = putString(p, name, length);
         *p++ = 'T';
-        hnk_message_detail::copyBytes(p, value, size);
-        p += size;
-        *p++ = '\0';
+        p = putString(p, value, size);
         *p = 'C';
-        addName(l, at + 1, key);
+        addName(l, at + kNameFrom, key);
         if (depth == 1)
             addTop(at, ops.size());
     }
@@ -522,11 +545,12 @@ struct HNKMessageIterator::Draft {
     {
         notePrefix(name);
         notePrefix(value);
-        ops += 'A';
-        ops += name;
-        ops += '\0';
-        ops += value;
-        ops += '\0';
+        const size_t nameLength = std::strlen(name), valueLength = std::strlen(value);
+        textBytes += nameLength + valueLength + 4; // ` name="value"`
+        char* p = ops.grow(nameLength + valueLength + 7);
+        *p++ = 'A';
+        p = putString(p, name, nameLength);
+        putString(p, value, valueLength);
     }
 
     void close()
@@ -549,11 +573,14 @@ struct HNKMessageIterator::Draft {
     {
         notePrefix(name.c_str());
         notePrefixOnly(prefix);
-        char* p = ops.grow(name.size() + prefix.size() + typeLength + 4);
+        textBytes += name.size() + prefix.size() + typeLength + 5;
+        const size_t valueLength = prefix.size() + 1 + typeLength;
+        char* p = ops.grow(name.size() + valueLength + 7);
         *p++ = 'A';
-        hnk_message_detail::copyBytes(p, name.data(), name.size());
-        p += name.size();
-        *p++ = '\0';
+        p = putString(p, name.data(), name.size());
+        const uint16_t length = valueLength < kLong ? static_cast<uint16_t>(valueLength) : kLong;
+        std::memcpy(p, &length, 2);
+        p += 2;
         hnk_message_detail::copyBytes(p, prefix.data(), prefix.size());
         p += prefix.size();
         *p++ = ':';
@@ -581,7 +608,7 @@ struct HNKMessageIterator::Draft {
     void write(std::string& out) const
     {
         const hnk_message_detail::EscapeTable& esc = hnk_message_detail::escapes();
-        const size_t need = out.size() + ops.size() + ops.size() / 2; // end tags repeat the names
+        const size_t need = out.size() + textBytes;
         if (out.capacity() < need)
             out.reserve(std::max(need, 2 * out.capacity()));
         hnk_message_detail::ChunkOut o(out);
@@ -592,22 +619,22 @@ struct HNKMessageIterator::Draft {
         // Past the log, the elements still open are closed.
         for (size_t i = 0; i < ops.size() || !names.empty();) {
             char op = i < ops.size() ? ops[i++] : 'C';
-            size_t length = op == 'C' ? 0 : std::strlen(base + i);
+            size_t length = op == 'C' ? 0 : lengthAt(i);
             switch (op) {
             case 'O': {
                 if (startOpen)
                     o.put('>');
                 o.put('<');
-                o.put(base + i, length);
-                const size_t name = i;
-                i += length + 1;
+                const size_t name = i + 2;
+                o.put(base + name, length);
+                i = name + length + 1;
                 // An element holding one text (most are): written whole.
                 if (i < ops.size() && base[i] == 'T') {
-                    const size_t textLength = std::strlen(base + i + 1);
-                    const size_t after = i + textLength + 2;
+                    const size_t textLength = lengthAt(i + 1);
+                    const size_t after = i + textLength + 4;
                     if (after < ops.size() && base[after] == 'C') {
                         o.put('>');
-                        const char* text = base + i + 1;
+                        const char* text = base + i + kNameFrom;
                         if (textLength < 8 && esc.textWordwise && text + 8 <= base + ops.size() &&
                             !hnk_message_detail::ChunkOut::shortMayEscape(text, textLength))
                             o.put(text, textLength);
@@ -627,13 +654,13 @@ struct HNKMessageIterator::Draft {
             }
             case 'A': {
                 o.put(' ');
-                o.put(base + i, length);
+                o.put(base + i + 2, length);
                 o.put("=\"", 2);
-                i += length + 1;
-                size_t valueLength = std::strlen(base + i);
-                o.putEscaped(base + i, valueLength, esc.attribute, esc.attributeWordwise);
+                i += length + 3;
+                const size_t valueLength = lengthAt(i);
+                o.putEscaped(base + i + 2, valueLength, esc.attribute, esc.attributeWordwise);
                 o.put('"');
-                i += valueLength + 1;
+                i += valueLength + 3;
                 break;
             }
             case 'T':
@@ -641,8 +668,8 @@ struct HNKMessageIterator::Draft {
                     o.put('>');
                     startOpen = false;
                 }
-                o.putEscaped(base + i, length, esc.text, esc.textWordwise);
-                i += length + 1;
+                o.putEscaped(base + i + 2, length, esc.text, esc.textWordwise);
+                i += length + 3;
                 break;
             default: // 'C'
                 if (startOpen) {
@@ -670,20 +697,21 @@ struct HNKMessageIterator::Draft {
             char op = ops[i++];
             switch (op) {
             case 'O':
-                at = at.append_child(base + i);
-                i += std::strlen(base + i) + 1;
+                at = at.append_child(base + i + 2);
+                i += lengthAt(i) + 3;
                 break;
             case 'A': {
-                pugi::xml_attribute a = at.append_attribute(base + i);
-                i += std::strlen(base + i) + 1;
-                a.set_value(base + i);
-                i += std::strlen(base + i) + 1;
+                pugi::xml_attribute a = at.append_attribute(base + i + 2);
+                i += lengthAt(i) + 3;
+                const size_t length = lengthAt(i);
+                a.set_value(base + i + 2, length);
+                i += length + 3;
                 break;
             }
             case 'T': {
-                size_t length = std::strlen(base + i);
-                at.append_child(pugi::node_pcdata).set_value(base + i, length);
-                i += length + 1;
+                const size_t length = lengthAt(i);
+                at.append_child(pugi::node_pcdata).set_value(base + i + 2, length);
+                i += length + 3;
                 break;
             }
             default:
@@ -897,6 +925,7 @@ struct HNKMessageIterator::Tree {
             copy->levels[0] = d.second->levels[0];
             copy->tops = d.second->tops;
             copy->hostText = d.second->hostText;
+            copy->textBytes = d.second->textBytes;
             copy->prefixes = d.second->prefixes;
             copy->depth = d.second->depth;
             copy->levels.resize(copy->depth); // (only the host's level is read once closed)
@@ -985,6 +1014,7 @@ struct HNKMessageIterator::Caches {
         // first of a list of many items at once, and nobody asks a list for
         // several names.
         static const size_t kMaxIndexed = 256;
+        static const size_t kKeptSlots = 64;
         struct Entry {
             // Built in place: a temporary copied in would be written in words
             // and read back in halves, which stalls the store forwarding.
@@ -1048,8 +1078,10 @@ struct HNKMessageIterator::Caches {
             if (entries.capacity() == 0)
                 entries.reserve(16); // a record's children, without growing step by step
             next = 0;
-            if (slots.size() > 32)
-                slots.assign(32, 0);
+            // A table sized for a device's fields stays: shrinking it for
+            // the next record only to grow it again costs a rehash each time.
+            if (slots.size() > kKeptSlots)
+                slots.assign(kKeptSlots, 0);
             else
                 std::fill(slots.begin(), slots.end(), 0);
         }

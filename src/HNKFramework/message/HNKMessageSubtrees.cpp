@@ -133,6 +133,10 @@ std::string HNKMessageIterator::linkedXML() const
             onPath[n.internal_object()] = true;
     const unsigned flags = pugi::format_raw | pugi::format_no_declaration;
     StringWriter w;
+    size_t drafted = 0;
+    for (const auto& d : drafts)
+        drafted += d.second->textBytes;
+    w.out.reserve(drafted + 256); // and the elements around the drafts
     // A start tag and text exactly as pugixml writes them: names as they
     // stand, values through the escape table asked of pugixml itself (as a
     // draft writes its own), with no document made for them.
@@ -351,8 +355,7 @@ int HNKMessageIterator::childNames(std::vector<std::string_view>& names) const
             const Draft& d = *found->second;
             names.reserve(d.tops.size());
             for (const auto& top : d.tops) {
-                const char* name = d.ops.data() + top.first + 1;
-                names.emplace_back(name, std::strlen(name));
+                names.emplace_back(d.ops.data() + top.first + Draft::kNameFrom, d.lengthAt(top.first + 1));
             }
             return 0;
         }
@@ -433,7 +436,7 @@ bool HNKMessageIterator::spliceDraft(const HNKMessageIterator& source, const std
     // Both lists are in log order: one walk pairs them.
     std::vector<size_t> listed(children.size());
     for (size_t i = 0, c = 0; i < fromTop.names.size(); ++i) {
-        const size_t at = fromTop.names[i] - 1;
+        const size_t at = fromTop.names[i] - Draft::kNameFrom;
         while (c < children.size() && children[c].first < at)
             ++c;
         if (c < children.size() && children[c].first == at)
@@ -448,7 +451,7 @@ bool HNKMessageIterator::spliceDraft(const HNKMessageIterator& source, const std
         const auto& child = children[k];
         if (listed[k]) {
             movedTo[listed[k] - 1] = level.names.size();
-            level.names.push_back(to.ops.size() + 1);
+            level.names.push_back(to.ops.size() + Draft::kNameFrom);
         }
         to.tops.emplace_back(to.ops.size(), to.ops.size() + (child.second - child.first));
         to.ops.append(base + child.first, child.second - child.first);
@@ -465,6 +468,7 @@ bool HNKMessageIterator::spliceDraft(const HNKMessageIterator& source, const std
         to.reindex(level);
     }
     to.prefixes = from.prefixes;
+    to.textBytes = from.textBytes;
     return true;
 }
 

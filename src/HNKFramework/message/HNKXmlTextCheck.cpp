@@ -952,10 +952,19 @@ bool isHex(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' &&
 // unreserved, sub-delims, and the gen-delims a URI may hold unescaped, so
 // every byte that may appear outside '%' escapes; brackets and '&' aside
 // (libxml2 refuses a namespace name holding '&', which it keeps escaped).
-bool isUriChar(char c)
-{
-    return isAlpha(c) || isDigit(c) || (c != '\0' && std::strchr("-._~!$'()*+,;=:/?#@", c) != nullptr);
-}
+struct UriChars {
+    bool t[256];
+    constexpr UriChars() : t()
+    {
+        for (int c = 0; c < 256; ++c)
+            t[c] = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+        for (const char* s = "-._~!$'()*+,;=:/?#@"; *s; ++s)
+            t[static_cast<unsigned char>(*s)] = true;
+    }
+};
+constexpr UriChars kUriChars;
+
+bool isUriChar(char c) { return kUriChars.t[static_cast<unsigned char>(c)]; }
 
 } // namespace
 
