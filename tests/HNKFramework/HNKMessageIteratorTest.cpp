@@ -160,8 +160,9 @@ TEST(HNKMessageIteratorTest, DictionaryHasTheModuleIdsUniqueAndValid)
     for (unsigned i = 0; i < count; ++i)
         EXPECT_STREQ(e[i].name, HNKElementDictionary::findName(e[i].id)) << e[i].id;
     for (int id = -5000; id <= 70000; ++id) {
-        if (!ids.count(id))
+        if (!ids.count(id)) {
             ASSERT_EQ(nullptr, HNKElementDictionary::findName(id)) << id;
+        }
     }
 }
 
@@ -471,6 +472,22 @@ TEST(HNKMessageIteratorTest, SetTypeWithoutNamespaceUsesTheCurrentNamespace)
     EXPECT_EQ("plain", it.getTypeName());
     it.ascend();
     EXPECT_TRUE(xmllintAccepts(it.toXML()));
+}
+
+// The namespace may be set from its own text, whole or a piece of it.
+TEST(HNKMessageIteratorTest, NamespaceSetFromItselfStaysWhole)
+{
+    HNKMessageIterator it("r");
+    const std::string longer = std::string(kNs) + "/and/a/longer/tail/than/fits/in/place";
+    it.setNamespace(longer.c_str());
+    it.setNamespace(it.getNamespace().c_str());
+    EXPECT_EQ(longer, it.getNamespace());
+    it.setNamespace(it.getNamespace().c_str() + 7);
+    EXPECT_EQ(longer.substr(7), it.getNamespace());
+    it.setNamespace(it.getNamespace().c_str() + it.getNamespace().size());
+    EXPECT_EQ("", it.getNamespace());
+    it.setNamespace(kNs);
+    EXPECT_EQ(kNs, it.getNamespace());
 }
 
 TEST(HNKMessageIteratorTest, TypeNameIsIndependentOfThePrefix)

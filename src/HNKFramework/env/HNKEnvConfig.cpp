@@ -156,9 +156,11 @@ int HNKEnvConfig::Writer::operator()(HNKMessageIterator& it, const HNKEnvConfig&
     std::vector<int> positions;
     positions.reserve(names.size());
     std::string name;
+    name.reserve(64);
     int highest = -1;
     for (std::string_view n : names) {
-        name.assign(n);
+        name.clear(); // then appended: a plain copy, where assign guards against overlap
+        name.append(n.data(), n.size());
         int position = config.getPositionOfTheTag(name);
         positions.push_back(position < 0 ? INT_MAX : position);
         highest = std::max(highest, position);

@@ -396,6 +396,11 @@ struct HNKMessageIterator::Draft {
         if (length >= 8) {
             std::memcpy(&first, name, 8);
             std::memcpy(&last, name + length - 8, 8);
+        } else if (length >= 4) { // two overlapping loads
+            uint32_t a, b;
+            std::memcpy(&a, name, 4);
+            std::memcpy(&b, name + length - 4, 4);
+            first = a | static_cast<uint64_t>(b) << 32;
         } else {
             for (size_t i = 0; i < length; ++i)
                 first |= static_cast<uint64_t>(static_cast<unsigned char>(name[i])) << (8 * i);
@@ -411,13 +416,17 @@ struct HNKMessageIterator::Draft {
         return hnk_message_detail::sameBytes(ops.data() + at, name, length) && ops[at + length] == '\0';
     }
 
-    // Whether the element under the writer has a child with this name.
-    bool hasChild(const char* name, size_t length, uint64_t key) const
+    // Whether the element under the writer has a child with this name. The
+    // filter answers most (a record's writer asks for each new name): inline.
+    __attribute__((always_inline)) bool hasChild(const char* name, size_t length, uint64_t key) const
     {
         const Level& l = levels[depth - 1];
         const uint64_t bits = bitsOf(key);
-        if ((l.filter & bits) != bits)
-            return false;
+        return (l.filter & bits) == bits && listed(l, name, length, key);
+    }
+
+    __attribute__((noinline)) bool listed(const Level& l, const char* name, size_t length, uint64_t key) const
+    {
         if (!l.slots.empty()) {
             const size_t mask = l.slots.size() - 1;
             for (size_t i = (key >> 8) & mask; l.slots[i] != 0; i = (i + 1) & mask)
@@ -455,7 +464,7 @@ struct HNKMessageIterator::Draft {
             place(l, l.names.size() - 1, key);
     }
 
-    void reindex(Level& l)
+    __attribute__((noinline)) void reindex(Level& l)
     {
         size_t size = 64;
         while (size < 4 * l.names.size())
@@ -524,7 +533,7 @@ struct HNKMessageIterator::Draft {
 
     // A new child holding nothing but text (openNew, text, close): the most
     // common write, in one step.
-    void leaf(const char* name, size_t length, uint64_t key, const char* value, size_t size)
+    __attribute__((always_inline)) void leaf(const char* name, size_t length, uint64_t key, const char* value, size_t size)
     {
         Level& l = top();
         l.startOpen = false;
@@ -1086,7 +1095,7 @@ struct HNKMessageIterator::Caches {
                 std::fill(slots.begin(), slots.end(), 0);
         }
 
-        pugi::xml_node_struct* find(const char* tag, size_t length)
+        __attribute__((always_inline)) pugi::xml_node_struct* find(const char* tag, size_t length)
         {
             const uint64_t h = headOf(tag, length);
             // Readers ask for a record's fields in the order it holds them:
@@ -1112,25 +1121,15 @@ struct HNKMessageIterator::Caches {
             }
         }
 
-        // False when the index grew too large (then it is dropped).
-        bool add(const char* name, pugi::xml_node_struct* node)
+        // False when the index grew too large (then it is dropped). Taken
+        // for every child of every element looked into: inlined in the walk,
+        // with the rare growth of the table out of line.
+        __attribute__((always_inline)) bool add(const char* name, pugi::xml_node_struct* node)
         {
             const size_t length = hnk_message_detail::stringLength(name);
             const uint64_t h = headOf(name, length);
-            if (2 * (entries.size() + 1) > slots.size()) {
-                if (entries.size() >= kMaxIndexed) {
-                    indexed = false;
-                    clear();
-                    return false;
-                }
-                slots.assign(2 * slots.size(), 0);
-                for (size_t k = 0; k < entries.size(); ++k) {
-                    size_t i = hashOf(entries[k].head, entries[k].length) & (slots.size() - 1);
-                    while (slots[i] != 0)
-                        i = (i + 1) & (slots.size() - 1);
-                    slots[i] = static_cast<uint16_t>(k + 1);
-                }
-            }
+            if (2 * (entries.size() + 1) > slots.size() && !grow())
+                return false;
             const size_t mask = slots.size() - 1;
             size_t i = hashOf(h, length) & mask;
             for (; slots[i] != 0; i = (i + 1) & mask)
@@ -1138,6 +1137,23 @@ struct HNKMessageIterator::Caches {
                     return true; // the first child of a name stays the one found
             entries.emplace_back(h, length, name, node);
             slots[i] = static_cast<uint16_t>(entries.size());
+            return true;
+        }
+
+        __attribute__((noinline)) bool grow()
+        {
+            if (entries.size() >= kMaxIndexed) {
+                indexed = false;
+                clear();
+                return false;
+            }
+            slots.assign(2 * slots.size(), 0);
+            for (size_t k = 0; k < entries.size(); ++k) {
+                size_t i = hashOf(entries[k].head, entries[k].length) & (slots.size() - 1);
+                while (slots[i] != 0)
+                    i = (i + 1) & (slots.size() - 1);
+                slots[i] = static_cast<uint16_t>(k + 1);
+            }
             return true;
         }
     };

@@ -68,7 +68,8 @@ void HNKMessageIterator::Tree::keepSpare(std::unique_ptr<pugi::xml_document>& do
     s.docs[s.count++] = std::move(doc);
 }
 
-xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
+// (findChild's own part, inline in it: its one caller, once per value read)
+inline xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
 {
     const Tree& t = *doc_->tree;
     if (!caches_)
@@ -86,19 +87,22 @@ xml_node_struct* HNKMessageIterator::indexedChild(const char* tag) const
             ix.clear();
             ix.indexed = true;
             // Each test of a node is a call into pugixml: the node's own
-            // pointer serves as the end test too.
+            // pointer serves as the end test too, and its name as the test
+            // of its type (a tree holds elements and text, and only
+            // elements have names: no comment or instruction is parsed or made).
             for (xml_node ch = nodeOf(node_).first_child();; ch = ch.next_sibling()) {
                 xml_node_struct* const n = ch.internal_object();
                 if (!n)
                     break;
-                if (ch.type() == pugi::node_element && !ix.add(t.prefixedNames ? localName(ch.name()) : ch.name(), n))
+                const char* name = ch.name();
+                if (*name && !ix.add(t.prefixedNames ? localName(name) : name, n))
                     break;
             }
         }
     }
     Caches::ChildIndex& ix = c.index[k];
     if (ix.indexed)
-        return ix.find(tag, stringLength(tag));
+        return ix.find(tag, std::strlen(tag));
     xml_node parent = nodeOf(node_);
     if (!t.prefixedNames) {
         for (xml_node ch = parent.child(tag); ch; ch = ch.next_sibling(tag))
@@ -300,7 +304,9 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
                 return nullptr;
         }
     }
-    looked();
+    const Tree& t = *doc_->tree;
+    if (!t.drafts.empty() || !t.links.empty()) // else looked() has nothing to do
+        looked();
     return indexedChild(tag);
 }
 

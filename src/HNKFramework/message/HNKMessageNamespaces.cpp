@@ -113,10 +113,15 @@ void HNKMessageIterator::setNamespace(unsigned nsid)
 
 void HNKMessageIterator::setNamespace(const char* ns)
 {
+    const char* own = namespace_.data();
+    const std::less_equal<const char*> atOrBefore;
+    if (ns && atOrBefore(own, ns) && atOrBefore(ns, own + namespace_.size())) {
+        namespace_.assign(ns); // a piece of itself: assign copies with care
+        return;
+    }
+    namespace_.clear();
     if (ns)
-        namespace_.assign(ns);
-    else
-        namespace_.clear();
+        namespace_.append(ns); // a plain copy
 }
 
 void HNKMessageIterator::setType(unsigned nsid, unsigned typeId)

@@ -184,7 +184,11 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size, bool plai
                         idLabel(id, buf));
         return -1;
     }
-    changing();
+    // changing() has nothing to do while no element is linked and the tree
+    // is this document's alone: the usual case, tested here.
+    const Tree& t = *doc_->tree;
+    if (!t.links.empty() || t.shares.load(std::memory_order_acquire) != 1)
+        changing();
     if (draft_ || draftable()) {
         // A new child, or the first text of an element written in a draft,
         // is one more entry in the draft; anything else takes nodes.
@@ -194,7 +198,7 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size, bool plai
         else
             name = id ? id : "";
         const size_t length = name ? tagLength(name) : 0;
-        Draft* here = name && (*name || draft_) && (!*name || length != 0) ? draftHere() : nullptr;
+        Draft* here = name && (*name || draft_) && (!*name || length != 0) ? (draft_ ? draft_ : draftHere()) : nullptr;
         if (here) {
             Draft& d = *here;
             if (!*name) {
@@ -267,7 +271,8 @@ int HNKMessageIterator::getValue(const char* tag, std::string& out) const
         return -1;
     std::string scratch;
     const char* text = textOf(nodeOf(n), scratch);
-    out.assign(text, stringLength(text));
+    out.clear(); // then appended: a plain copy (assign guards against an overlap that cannot be)
+    out.append(text, stringLength(text));
     return 0;
 }
 
