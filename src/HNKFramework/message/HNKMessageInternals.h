@@ -1042,7 +1042,7 @@ struct HNKMessageIterator::Caches {
         // Open addressing over `entries`: slot = entry index + 1, 0 empty; a
         // power of two at least twice the entries, so a miss (a writer asking
         // for a child it is about to append) ends on an empty slot at once.
-        std::vector<uint16_t> slots = std::vector<uint16_t>(32);
+        std::vector<uint16_t> slots = std::vector<uint16_t>(kKeptSlots);
         size_t next = 0; // the entry after the last one found
 
         bool holds(unsigned long long s, pugi::xml_node_struct* p, unsigned long g) const
@@ -1085,7 +1085,7 @@ struct HNKMessageIterator::Caches {
         {
             entries.clear();
             if (entries.capacity() == 0)
-                entries.reserve(16); // a record's children, without growing step by step
+                entries.reserve(kKeptSlots / 2); // a record's children, without growing step by step
             next = 0;
             // A table sized for a device's fields stays: shrinking it for
             // the next record only to grow it again costs a rehash each time.

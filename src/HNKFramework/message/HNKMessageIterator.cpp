@@ -146,12 +146,11 @@ HNKMessageIterator::Caches& HNKMessageIterator::scopeCache(xml_node_struct* scop
     return c;
 }
 
-const char* HNKMessageIterator::resolvePrefix(xml_node_struct* at, const char* prefix, size_t len) const
+const char* HNKMessageIterator::resolvePrefix(xml_node_struct* at, bool declares, const char* prefix, size_t len) const
 {
     xml_node el = nodeOf(at);
-    for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute())
-        if (isXmlnsName(a.name()))
-            return lookupPrefix(el, prefix, len); // declares bindings itself
+    if (declares)
+        return lookupPrefix(el, prefix, len); // declares bindings itself
     xml_node parent = el.parent();
     if (parent.type() != pugi::node_element)
         return lookupPrefix(el, prefix, len);

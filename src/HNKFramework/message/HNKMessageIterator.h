@@ -302,8 +302,9 @@ private:
     // This cursor's caches, made valid for the scope of element `scope`.
     Caches& scopeCache(pugi::xml_node_struct* scope) const;
     // URI bound to a prefix at element `el` ("" for an undeclared default
-    // namespace; nullptr when unbound), through scopeCache.
-    const char* resolvePrefix(pugi::xml_node_struct* el, const char* prefix, size_t len) const;
+    // namespace; nullptr when unbound), through scopeCache unless `el`
+    // `declares` prefixes itself.
+    const char* resolvePrefix(pugi::xml_node_struct* el, bool declares, const char* prefix, size_t len) const;
     // Joins `doc`'s list of cursors (leaving the one it was on).
     void attach(const boost::shared_ptr<Document>& doc);
     void detach();

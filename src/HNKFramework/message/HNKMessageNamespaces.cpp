@@ -233,18 +233,30 @@ bool HNKMessageIterator::getTypeName(std::string_view& uri, std::string_view& lo
         return false;
     real();
     xml_node el = nodeOf(node_);
+    // One look at the attributes first: whether the element declares
+    // prefixes itself (else they resolve in its parent's scope, kept at
+    // hand), and where the first candidate for its type stands.
+    bool declares = false;
+    xml_attribute first;
     for (xml_attribute a = el.first_attribute(); a; a = a.next_attribute()) {
+        const char* name = a.name();
+        if (isXmlnsName(name))
+            declares = true; // (a declaration names no type)
+        else if (!first && typeColon(name))
+            first = a;
+    }
+    for (xml_attribute a = first; a; a = a.next_attribute()) {
         const char* name = a.name();
         const char* colon = typeColon(name);
         if (!colon)
             continue;
-        const char* xsi = resolvePrefix(node_, name, static_cast<size_t>(colon - name));
+        const char* xsi = resolvePrefix(node_, declares, name, static_cast<size_t>(colon - name));
         if (!xsi || std::strcmp(xsi, kXsiURI) != 0)
             continue;
         std::string_view prefix;
         if (!splitQName(trimBlanks(a.value()), prefix, local))
             return false;
-        const char* bound = resolvePrefix(node_, prefix.data(), prefix.size());
+        const char* bound = resolvePrefix(node_, declares, prefix.data(), prefix.size());
         if (!bound)
             return false;
         uri = bound;

@@ -169,6 +169,10 @@ public:
     Scanner(const uchar* begin, const uchar* end, HNKXmlTextCheck::Namespaces* ns)
         : begin_(begin), p_(begin), end_(end), ns_(ns), nsSettled_(ns != nullptr)
     {
+        // Room for the depth of a message and its declarations at once,
+        // rather than growing a step at a time with each new level.
+        open_.reserve(32);
+        bindings_.reserve(8);
     }
 
     bool run(HNKXmlTextCheck::Error& error)
