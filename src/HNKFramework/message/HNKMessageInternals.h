@@ -268,7 +268,7 @@ inline void appendEscaped(std::string& out, const char* s, size_t n, const char*
 // The new content of an element (its host) kept as the log of the writes
 // that made it instead of as nodes: "O" name, "A" name value, "T" text, "C"
 // (open, attribute, text, close). Each string is preceded by its length in
-// two bytes and followed by a NUL, so it is copied out without being
+// a byte and followed by a NUL, so it is copied out without being
 // measured and compared or handed to pugixml in place. Writers fill a
 // fresh element with records that nobody reads back, so the content is
 // written once as a log and once as text (toXML, spliced), never as nodes;
@@ -293,12 +293,6 @@ struct HNKMessageIterator::Draft {
         size_t size() const { return size_; }
         const char* data() const { return buf_ ? buf_.get() : ""; }
         char operator[](size_t i) const { return buf_[i]; }
-        uint16_t twoBytesAt(size_t i) const
-        {
-            uint16_t v;
-            std::memcpy(&v, buf_.get() + i, 2);
-            return v;
-        }
 
         // Room for `n` more bytes at the end, for the caller to fill.
         char* grow(size_t n)
@@ -365,26 +359,27 @@ struct HNKMessageIterator::Draft {
 
     Level& top() { return levels[depth - 1]; }
 
-    // A string's length in the log; one of kLong bytes or more is measured
-    // where it is read (no name or value in a message comes near it).
-    static const uint16_t kLong = 0xFFFF;
+    // A string's length in the log; one of kLong bytes or more (a long
+    // value, rare) is measured where it is read.
+    static const unsigned char kLong = 0xFF;
     // How far a name (or text) stands from its entry's op: the op, then the length.
-    static const size_t kNameFrom = 3;
+    static const size_t kNameFrom = 2;
+
+    static char lengthByte(size_t n) { return static_cast<char>(n < kLong ? n : kLong); }
 
     static char* putString(char* p, const char* s, size_t n)
     {
-        const uint16_t length = n < kLong ? static_cast<uint16_t>(n) : kLong;
-        std::memcpy(p, &length, 2);
-        hnk_message_detail::copyBytes(p + 2, s, n);
-        p[n + 2] = '\0';
-        return p + n + 3;
+        *p = lengthByte(n);
+        hnk_message_detail::copyBytes(p + 1, s, n);
+        p[n + 1] = '\0';
+        return p + n + 2;
     }
 
-    // The length of the string whose length field is at `at`.
+    // The length of the string whose length byte is at `at`.
     size_t lengthAt(size_t at) const
     {
-        const uint16_t length = ops.twoBytesAt(at);
-        return length != kLong ? length : std::strlen(ops.data() + at + 2);
+        const unsigned char length = static_cast<unsigned char>(ops[at]);
+        return length != kLong ? length : std::strlen(ops.data() + at + 1);
     }
 
     // A name's key, from its length and (up to) its first and last eight
@@ -471,7 +466,7 @@ struct HNKMessageIterator::Draft {
             size *= 2;
         l.slots.assign(size, 0);
         for (size_t k = 0; k < l.names.size(); ++k)
-            place(l, k, keyOf(ops.data() + l.names[k], lengthAt(l.names[k] - 2)));
+            place(l, k, keyOf(ops.data() + l.names[k], lengthAt(l.names[k] - 1)));
     }
 
     static void place(Level& l, size_t k, uint64_t key)
@@ -508,7 +503,7 @@ struct HNKMessageIterator::Draft {
         if (depth == 1)
             addTop(at, std::string::npos);
         textBytes += 2 * length + 5; // <name></name>
-        char* p = ops.grow(length + 4);
+        char* p = ops.grow(length + 3);
         *p = 'O';
         putString(p + 1, name, length);
         if (levels.size() == depth)
@@ -526,7 +521,7 @@ struct HNKMessageIterator::Draft {
         top().startOpen = false;
         hostText = hostText || depth == 1;
         textBytes += size;
-        char* p = ops.grow(size + 4);
+        char* p = ops.grow(size + 3);
         *p = 'T';
         putString(p + 1, value, size);
     }
@@ -539,7 +534,7 @@ struct HNKMessageIterator::Draft {
         l.startOpen = false;
         const size_t at = ops.size();
         textBytes += 2 * length + 5 + size;
-        char* p = ops.grow(length + size + 9);
+        char* p = ops.grow(length + size + 7);
         *p++ = 'O';
         p = putString(p, name, length);
         *p++ = 'T';
@@ -556,7 +551,7 @@ struct HNKMessageIterator::Draft {
         notePrefix(value);
         const size_t nameLength = std::strlen(name), valueLength = std::strlen(value);
         textBytes += nameLength + valueLength + 4; // ` name="value"`
-        char* p = ops.grow(nameLength + valueLength + 7);
+        char* p = ops.grow(nameLength + valueLength + 5);
         *p++ = 'A';
         p = putString(p, name, nameLength);
         putString(p, value, valueLength);
@@ -584,12 +579,10 @@ struct HNKMessageIterator::Draft {
         notePrefixOnly(prefix);
         textBytes += name.size() + prefix.size() + typeLength + 5;
         const size_t valueLength = prefix.size() + 1 + typeLength;
-        char* p = ops.grow(name.size() + valueLength + 7);
+        char* p = ops.grow(name.size() + valueLength + 5);
         *p++ = 'A';
         p = putString(p, name.data(), name.size());
-        const uint16_t length = valueLength < kLong ? static_cast<uint16_t>(valueLength) : kLong;
-        std::memcpy(p, &length, 2);
-        p += 2;
+        *p++ = lengthByte(valueLength);
         hnk_message_detail::copyBytes(p, prefix.data(), prefix.size());
         p += prefix.size();
         *p++ = ':';
@@ -634,13 +627,13 @@ struct HNKMessageIterator::Draft {
                 if (startOpen)
                     o.put('>');
                 o.put('<');
-                const size_t name = i + 2;
+                const size_t name = i + 1;
                 o.put(base + name, length);
                 i = name + length + 1;
                 // An element holding one text (most are): written whole.
                 if (i < ops.size() && base[i] == 'T') {
                     const size_t textLength = lengthAt(i + 1);
-                    const size_t after = i + textLength + 4;
+                    const size_t after = i + textLength + 3;
                     if (after < ops.size() && base[after] == 'C') {
                         o.put('>');
                         const char* text = base + i + kNameFrom;
@@ -663,13 +656,13 @@ struct HNKMessageIterator::Draft {
             }
             case 'A': {
                 o.put(' ');
-                o.put(base + i + 2, length);
+                o.put(base + i + 1, length);
                 o.put("=\"", 2);
-                i += length + 3;
+                i += length + 2;
                 const size_t valueLength = lengthAt(i);
-                o.putEscaped(base + i + 2, valueLength, esc.attribute, esc.attributeWordwise);
+                o.putEscaped(base + i + 1, valueLength, esc.attribute, esc.attributeWordwise);
                 o.put('"');
-                i += valueLength + 3;
+                i += valueLength + 2;
                 break;
             }
             case 'T':
@@ -677,8 +670,8 @@ struct HNKMessageIterator::Draft {
                     o.put('>');
                     startOpen = false;
                 }
-                o.putEscaped(base + i + 2, length, esc.text, esc.textWordwise);
-                i += length + 3;
+                o.putEscaped(base + i + 1, length, esc.text, esc.textWordwise);
+                i += length + 2;
                 break;
             default: // 'C'
                 if (startOpen) {
@@ -706,21 +699,21 @@ struct HNKMessageIterator::Draft {
             char op = ops[i++];
             switch (op) {
             case 'O':
-                at = at.append_child(base + i + 2);
-                i += lengthAt(i) + 3;
+                at = at.append_child(base + i + 1);
+                i += lengthAt(i) + 2;
                 break;
             case 'A': {
-                pugi::xml_attribute a = at.append_attribute(base + i + 2);
-                i += lengthAt(i) + 3;
+                pugi::xml_attribute a = at.append_attribute(base + i + 1);
+                i += lengthAt(i) + 2;
                 const size_t length = lengthAt(i);
-                a.set_value(base + i + 2, length);
-                i += length + 3;
+                a.set_value(base + i + 1, length);
+                i += length + 2;
                 break;
             }
             case 'T': {
                 const size_t length = lengthAt(i);
-                at.append_child(pugi::node_pcdata).set_value(base + i + 2, length);
-                i += length + 3;
+                at.append_child(pugi::node_pcdata).set_value(base + i + 1, length);
+                i += length + 2;
                 break;
             }
             default:
