@@ -178,6 +178,32 @@ public:
         copyBytes(buf_ + n_, d, size);
         n_ += size;
     }
+    // "<name>text</name>" with a text that needs no escape, in one step.
+    void putLeaf(const char* name, size_t length, const char* text, size_t textLength)
+    {
+        const size_t size = 2 * length + textLength + 5;
+        if (size > sizeof buf_ - n_) {
+            flush();
+            if (size > sizeof buf_) {
+                put('<'), put(name, length), put('>'), put(text, textLength);
+                put("</", 2), put(name, length), put('>');
+                return;
+            }
+        }
+        char* w = buf_ + n_;
+        *w++ = '<';
+        copyBytes(w, name, length);
+        w += length;
+        *w++ = '>';
+        copyBytes(w, text, textLength);
+        w += textLength;
+        *w++ = '<';
+        *w++ = '/';
+        copyBytes(w, name, length);
+        w += length;
+        *w = '>';
+        n_ += size;
+    }
     // Each ASCII byte with an entry in `table` written as that entry. With
     // `wordwise` (the table escapes nothing but control characters and
     // '<', '>', '&', '"'), eight bytes at a time are passed over while none
@@ -210,6 +236,15 @@ public:
     // Whether one of the first `n` (below 8) bytes at `d` may need an escape
     // from a wordwise table; eight bytes must be readable there. A short
     // value (most are) is so passed over in one step.
+    // The same for a value of eight bytes or more, a word at a time (the
+    // last word overlapping the one before).
+    static bool longMayEscape(const char* d, size_t n)
+    {
+        for (size_t k = 0; k + 8 < n; k += 8)
+            if (mayEscape(d + k))
+                return true;
+        return mayEscape(d + n - 8);
+    }
     static bool shortMayEscape(const char* d, size_t n)
     {
         uint64_t w;
@@ -626,30 +661,35 @@ struct HNKMessageIterator::Draft {
             case 'O': {
                 if (startOpen)
                     o.put('>');
-                o.put('<');
                 const size_t name = i + 1;
-                o.put(base + name, length);
                 i = name + length + 1;
                 // An element holding one text (most are): written whole.
                 if (i < ops.size() && base[i] == 'T') {
                     const size_t textLength = lengthAt(i + 1);
                     const size_t after = i + textLength + 3;
                     if (after < ops.size() && base[after] == 'C') {
-                        o.put('>');
                         const char* text = base + i + kNameFrom;
-                        if (textLength < 8 && esc.textWordwise && text + 8 <= base + ops.size() &&
-                            !hnk_message_detail::ChunkOut::shortMayEscape(text, textLength))
-                            o.put(text, textLength);
-                        else
+                        if (esc.textWordwise &&
+                            (textLength < 8 ? text + 8 <= base + ops.size() &&
+                                                  !hnk_message_detail::ChunkOut::shortMayEscape(text, textLength)
+                                            : !hnk_message_detail::ChunkOut::longMayEscape(text, textLength))) {
+                            o.putLeaf(base + name, length, text, textLength);
+                        } else {
+                            o.put('<');
+                            o.put(base + name, length);
+                            o.put('>');
                             o.putEscaped(text, textLength, esc.text, esc.textWordwise);
-                        o.put("</", 2);
-                        o.put(base + name, length);
-                        o.put('>');
+                            o.put("</", 2);
+                            o.put(base + name, length);
+                            o.put('>');
+                        }
                         startOpen = false;
                         i = after + 1;
                         break;
                     }
                 }
+                o.put('<');
+                o.put(base + name, length);
                 names.emplace_back(name, length);
                 startOpen = true;
                 break;
