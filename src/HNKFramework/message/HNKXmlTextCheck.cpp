@@ -970,6 +970,18 @@ constexpr UriChars kUriChars;
 
 bool isUriChar(char c) { return kUriChars.t[static_cast<unsigned char>(c)]; }
 
+// The first of `u`'s bytes that is one of ':' (with `colon`), '/', '?' and
+// '#', else npos; a plain loop (find_first_of asks memchr once per byte).
+size_t firstDelimiter(std::string_view u, bool colon)
+{
+    for (size_t i = 0; i < u.size(); ++i) {
+        const char c = u[i];
+        if (c == '/' || c == '?' || c == '#' || (colon && c == ':'))
+            return i;
+    }
+    return std::string_view::npos;
+}
+
 } // namespace
 
 bool HNKXmlTextCheck::isUriReference(const char* uri) { return isUriReference(std::string_view(uri)); }
@@ -989,7 +1001,7 @@ bool HNKXmlTextCheck::isUriReference(std::string_view u)
             return false;
     }
     std::string_view rest = u;
-    size_t delim = u.find_first_of(":/?#");
+    size_t delim = firstDelimiter(u, true);
     if (delim != std::string_view::npos && u[delim] == ':') {
         if (delim == 0 || !isAlpha(u[0]))
             return false;
@@ -1002,7 +1014,7 @@ bool HNKXmlTextCheck::isUriReference(std::string_view u)
         return true;
     // authority: [userinfo "@"] host [":" port]
     rest.remove_prefix(2);
-    std::string_view authority = rest.substr(0, rest.find_first_of("/?#"));
+    std::string_view authority = rest.substr(0, firstDelimiter(rest, false));
     size_t at = authority.find('@');
     if (at != std::string_view::npos)
         authority.remove_prefix(at + 1);

@@ -136,12 +136,30 @@ constexpr TagPositions buildTagPositions()
 
 constexpr TagPositions kTagPositions = buildTagPositions();
 
+// Whether two strings of `n` bytes are equal: at run time in whole words
+// (the last one overlapping), no call for the short tags of the table.
+constexpr bool sameTag(const char* a, const char* b, size_t n)
+{
+    if (__builtin_is_constant_evaluated() || n < 8)
+        return Chars::compare(a, b, n) == 0;
+    uint64_t x = 0, y = 0;
+    for (size_t k = 0; k + 8 < n; k += 8) {
+        std::memcpy(&x, a + k, 8);
+        std::memcpy(&y, b + k, 8);
+        if (x != y)
+            return false;
+    }
+    std::memcpy(&x, a + n - 8, 8);
+    std::memcpy(&y, b + n - 8, 8);
+    return x == y;
+}
+
 constexpr int positionOf(const char* tag, size_t length)
 {
     for (size_t k = tagKey(tag, length) & (kPositionSlots - 1); kTagPositions.slot[k] >= 0;
          k = (k + 1) & (kPositionSlots - 1)) {
         const int p = kTagPositions.slot[k];
-        if (kTagPositions.length[p] == length && Chars::compare(kTagOrder[p], tag, length) == 0)
+        if (kTagPositions.length[p] == length && sameTag(kTagOrder[p], tag, length))
             return p;
     }
     return -1;
