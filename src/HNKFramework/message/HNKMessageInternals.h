@@ -184,9 +184,14 @@ public:
         const size_t size = 2 * length + textLength + 5;
         if (size > sizeof buf_ - n_) {
             flush();
-            if (size > sizeof buf_) {
-                put('<'), put(name, length), put('>'), put(text, textLength);
-                put("</", 2), put(name, length), put('>');
+            if (size > sizeof buf_) { // (larger than the buffer: piece by piece)
+                put('<');
+                put(name, length);
+                put('>');
+                put(text, textLength);
+                put("</", 2);
+                put(name, length);
+                put('>');
                 return;
             }
         }
@@ -236,6 +241,13 @@ public:
     // Whether one of the first `n` (below 8) bytes at `d` may need an escape
     // from a wordwise table; eight bytes must be readable there. A short
     // value (most are) is so passed over in one step.
+    static bool shortMayEscape(const char* d, size_t n)
+    {
+        uint64_t w;
+        std::memcpy(&w, d, 8);
+        const uint64_t keep = (uint64_t(1) << (8 * n)) - 1;
+        return mayEscape((w & keep) | (0x6161616161616161ull & ~keep)); // 'a' beyond the value
+    }
     // The same for a value of eight bytes or more, a word at a time (the
     // last word overlapping the one before).
     static bool longMayEscape(const char* d, size_t n)
@@ -244,13 +256,6 @@ public:
             if (mayEscape(d + k))
                 return true;
         return mayEscape(d + n - 8);
-    }
-    static bool shortMayEscape(const char* d, size_t n)
-    {
-        uint64_t w;
-        std::memcpy(&w, d, 8);
-        const uint64_t keep = (uint64_t(1) << (8 * n)) - 1;
-        return mayEscape((w & keep) | (0x6161616161616161ull & ~keep)); // 'a' beyond the value
     }
 
 private:
@@ -855,6 +860,9 @@ struct HNKMessageIterator::Tree {
         mutable iterator last_;
     };
     DraftMap drafts;
+    // Whether the whole content is in nodes (no draft, no link): what looks
+    // inside then needs nothing realized or settled first.
+    bool allNodes() const { return drafts.empty() && links.empty(); }
     // What the cursors' caches (Caches) check before use: `serial` is this
     // tree's alone; `childGen` changes whenever any element gains or loses
     // element children, `scopeGen` whenever a namespace declaration is added
@@ -1006,6 +1014,14 @@ struct HNKMessageIterator::Document {
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
     ~Document() { Tree::release(tree); }
+
+    // Whether a change of the tree needs nothing done first (changing()):
+    // nothing linked in, and the tree this document's alone. The usual case,
+    // tested inline by the callers that change a tree on every value.
+    bool readyForChange() const
+    {
+        return tree->links.empty() && tree->shares.load(std::memory_order_acquire) == 1;
+    }
 
     // Before any change of the tree: while another document shares it, copy
     // it and move this document's cursors onto the copy.

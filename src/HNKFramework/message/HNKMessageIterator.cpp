@@ -194,6 +194,8 @@ void HNKMessageIterator::detach()
 
 pugi::xml_document& HNKMessageIterator::changing(bool removal)
 {
+    if (doc_->readyForChange())
+        return doc_->tree->xml;
     // Appending next to a linked element leaves it linked; a change inside
     // one, or a removal that may take one along, settles them first.
     std::vector<Tree::Link>& links = doc_->tree->links;
@@ -222,7 +224,7 @@ void HNKMessageIterator::real() const
 
 void HNKMessageIterator::looked() const
 {
-    if (!doc_)
+    if (!doc_ || doc_->tree->allNodes())
         return;
     if (!doc_->tree->drafts.empty())
         doc_->tree->realize(node_);
@@ -303,8 +305,7 @@ xml_node_struct* HNKMessageIterator::findChild(const char* tag) const
                 return nullptr;
         }
     }
-    const Tree& t = *doc_->tree;
-    if (!t.drafts.empty() || !t.links.empty()) // else looked() has nothing to do
+    if (!doc_->tree->allNodes())
         looked();
     return indexedChild(tag);
 }

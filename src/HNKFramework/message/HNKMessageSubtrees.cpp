@@ -355,7 +355,8 @@ int HNKMessageIterator::childNames(std::vector<std::string_view>& names) const
             const Draft& d = *found->second;
             names.reserve(d.tops.size());
             for (const auto& top : d.tops) {
-                names.emplace_back(d.ops.data() + top.first + Draft::kNameFrom, d.lengthAt(top.first + 1));
+                const size_t name = top.first + Draft::kNameFrom;
+                names.emplace_back(d.ops.data() + name, d.lengthAt(name - 1));
             }
             return 0;
         }

@@ -184,10 +184,7 @@ int HNKMessageIterator::putText(ID id, const char* value, size_t size, bool plai
                         idLabel(id, buf));
         return -1;
     }
-    // changing() has nothing to do while no element is linked and the tree
-    // is this document's alone: the usual case, tested here.
-    const Tree& t = *doc_->tree;
-    if (!t.links.empty() || t.shares.load(std::memory_order_acquire) != 1)
+    if (!doc_->readyForChange())
         changing();
     if (draft_ || draftable()) {
         // A new child, or the first text of an element written in a draft,
