@@ -102,9 +102,26 @@ constexpr uint64_t tagKey(const char* tag, size_t length)
     return h * 0xFF51AFD7ED558CCDull;
 }
 
-// Lengths and comparisons through char_traits: constexpr, and memcmp-fast
-// at run time.
+// Lengths and comparisons through char_traits: constexpr.
 typedef std::char_traits<char> Chars;
+
+// Whether two strings of `n` bytes are equal: at run time in whole words
+// (the last one overlapping), no call for the short tags of the table.
+constexpr bool sameTag(const char* a, const char* b, size_t n)
+{
+    if (__builtin_is_constant_evaluated() || n < 8)
+        return Chars::compare(a, b, n) == 0;
+    uint64_t x = 0, y = 0;
+    for (size_t k = 0; k + 8 < n; k += 8) {
+        std::memcpy(&x, a + k, 8);
+        std::memcpy(&y, b + k, 8);
+        if (x != y)
+            return false;
+    }
+    std::memcpy(&x, a + n - 8, 8);
+    std::memcpy(&y, b + n - 8, 8);
+    return x == y;
+}
 
 // The tag order table by tag, built at compile time (nothing to fill or
 // guard at run time): open addressing over a power of two more than twice
@@ -127,7 +144,7 @@ constexpr TagPositions buildTagPositions()
         const size_t n = t.length[i];
         size_t k = tagKey(kTagOrder[i], n) & (kPositionSlots - 1);
         for (; t.slot[k] >= 0; k = (k + 1) & (kPositionSlots - 1))
-            if (t.length[t.slot[k]] == n && Chars::compare(kTagOrder[t.slot[k]], kTagOrder[i], n) == 0)
+            if (t.length[t.slot[k]] == n && sameTag(kTagOrder[t.slot[k]], kTagOrder[i], n))
                 break; // a later duplicate takes the place of the earlier one
         t.slot[k] = static_cast<signed char>(i);
     }
@@ -135,24 +152,6 @@ constexpr TagPositions buildTagPositions()
 }
 
 constexpr TagPositions kTagPositions = buildTagPositions();
-
-// Whether two strings of `n` bytes are equal: at run time in whole words
-// (the last one overlapping), no call for the short tags of the table.
-constexpr bool sameTag(const char* a, const char* b, size_t n)
-{
-    if (__builtin_is_constant_evaluated() || n < 8)
-        return Chars::compare(a, b, n) == 0;
-    uint64_t x = 0, y = 0;
-    for (size_t k = 0; k + 8 < n; k += 8) {
-        std::memcpy(&x, a + k, 8);
-        std::memcpy(&y, b + k, 8);
-        if (x != y)
-            return false;
-    }
-    std::memcpy(&x, a + n - 8, 8);
-    std::memcpy(&y, b + n - 8, 8);
-    return x == y;
-}
 
 constexpr int positionOf(const char* tag, size_t length)
 {
